@@ -1,0 +1,41 @@
+# Functions that every room's CMakeLists uses, and the flags of all of them.
+
+add_library(zel_flags INTERFACE)
+target_include_directories(zel_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(zel_flags INTERFACE -Wall -Wextra -Wshadow -Wpedantic -Werror)
+if(WIN32)
+  # 0x0A00: Windows 10. Everything is linked statically, so that a product needs only the system's DLLs.
+  target_compile_definitions(zel_flags INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0A00 NOMINMAX)
+  target_link_options(zel_flags INTERFACE -static)
+else()
+  target_include_directories(zel_flags SYSTEM INTERFACE ${PROJECT_SOURCE_DIR}/src/platform/posix/shims)
+endif()
+
+if(ZEL_SANITIZE)
+  add_compile_options(-fsanitize=${ZEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${ZEL_SANITIZE})
+endif()
+
+# zel_room(NAME SOURCES a.cpp b.cpp BELOW zel_common ...): one folder, one static library.
+function(zel_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;BELOW" ${ARGN})
+  if(ROOM_SOURCES)
+    add_library(${name} STATIC ${ROOM_SOURCES})
+    target_link_libraries(${name} PUBLIC zel_flags ${ROOM_BELOW})
+  else()
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE zel_flags ${ROOM_BELOW})
+  endif()
+endfunction()
+
+# zel_test(NAME SOURCES a.cpp LINK zel_common ...): the tests of one room in one program. Windows builds run
+# under the emulator that the toolchain file names.
+function(zel_test name)
+  cmake_parse_arguments(TEST "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${TEST_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE zel_flags ${TEST_LINK} GTest::gmock GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name} --gtest_brief=1
+           --gtest_output=json:${PROJECT_BINARY_DIR}/results/${name}.json)
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,129 @@
+#include "imaging/CFilterBayer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "imaging/kernels/PaddedFrame.h"
+
+namespace zel {
+namespace {
+
+constexpr LONG kMarginRows = 2;       // above the image, and as many below
+constexpr LONG kMarginColumns = 5;    // bytes left of the image
+constexpr LONG kRowSlack = 11;        // bytes of a work row beyond the even width
+constexpr LONG kGammaTooLarge = 120;  // what a gamma above the last table counts as
+constexpr LONG kMaxGain = 1 << 14;    // 128 times unity: any light sample is white long before
+
+std::int32_t PlaneGain(LONG gain) {
+  return std::clamp<LONG>(gain, 0, kMaxGain) * (1 << (PlaneGains::kShift - 7));
+}
+
+}  // namespace
+
+bool CFilterBayer::Allocate(LONG width, LONG height) {
+  if (work_.Data() && width == width_ && height == height_) return true;
+  work_.Free();
+  width_ = height_ = workStride_ = 0;
+  if (width < 1 || height < 1 || width > INT32_MAX - 1 - kRowSlack) return false;
+
+  const LONG stride = width + (width & 1) + kRowSlack;
+  const std::size_t bytes = std::size_t(stride) * (std::size_t(height) + 2 * kMarginRows);
+  if (!work_.Reserve(bytes)) return false;
+  // Margins that are never filled (small frames) read as black.
+  std::memset(work_.Data(), 0, bytes);
+  width_ = width;
+  height_ = height;
+  workStride_ = stride;
+  // Without its statistics the white balance falls back to grey world.
+  static_cast<void>(whiteBalance_.Allocate(width, height));
+  return true;
+}
+
+std::uint8_t* CFilterBayer::ImageOrigin() const {
+  return work_.Data() ? work_.Data() + std::ptrdiff_t{kMarginRows} * workStride_ + kMarginColumns : nullptr;
+}
+
+void CFilterBayer::PrepareFrame(const unsigned char* frame, LONG pitch, std::size_t frameBytes) {
+  std::uint8_t* image = ImageOrigin();
+  if (!image || !frame || pitch < 0) return;
+  const auto rowBytes = static_cast<std::size_t>(width_);
+  const std::size_t sourcePitch = pitch == 0 ? rowBytes : static_cast<std::size_t>(pitch);
+  for (LONG row = 0; row < height_; ++row) {
+    const std::size_t offset = std::size_t(row) * sourcePitch;
+    if (frameBytes < rowBytes || offset > frameBytes - rowBytes) break;
+    std::memcpy(image + std::ptrdiff_t{row} * workStride_, frame + offset, rowBytes);
+  }
+  FillMargins(image, workStride_, width_, height_);
+}
+
+void CFilterBayer::SetGammaTable(LONG gamma) {
+  if (gamma < 1) return;
+  const LONG value = gamma > 200 ? kGammaTooLarge : gamma;
+  GammaTable& table = gammaTables_[static_cast<std::size_t>(value)];
+  if (table.built) return;
+  for (int i = 0; i < 256; ++i) {
+    table.entries[static_cast<std::size_t>(i)] =
+        static_cast<std::uint8_t>(std::floor(255.0 * std::pow(i / 255.0, value / 100.0) + 0.5));
+  }
+  table.built = true;
+}
+
+void CFilterBayer::SelectGamma(LONG gamma) {
+  SetGammaTable(gamma);
+  const LONG value = gamma > 200 ? kGammaTooLarge : gamma;
+  gamma_ = value < 1 ? nullptr : gammaTables_[static_cast<std::size_t>(value)].entries.data();
+}
+
+void CFilterBayer::BeginFrame(LONG gamma) {
+  SelectGamma(gamma);
+  frameMatrix_ = matrix_.Product();
+}
+
+void CFilterBayer::SetGains(LONG r, LONG g, LONG b) {
+  gains_ = {PlaneGain(r), PlaneGain(g), PlaneGain(b)};
+}
+
+void CFilterBayer::ComputeGains(LONG modeIndex, LONG bayerMode, ColorGains& gains) {
+  if (!work_.Data()) return;
+  LONG r = gains.r, g = gains.g, b = gains.b;
+  whiteBalance_.ComputeGains(modeIndex, WorkImage(), workStride_, bayerMode, width_, height_, &r, &g, &b);
+  gains = {r, g, b};
+}
+
+MosaicView CFilterBayer::View(const unsigned char* frame, LONG width, LONG bayerMode) const {
+  return {frame, workStride_, std::min(width, width_), PhaseOfMode(bayerMode)};
+}
+
+void CFilterBayer::DemosaicColor(const unsigned char* frame, unsigned char* out, LONG width,
+                                 LONG bayerMode) const {
+  if (!work_.Data() || !frame || !out) return;
+  const PixelTones tones{gains_, frameMatrix_.active ? &frameMatrix_ : nullptr, gamma_};
+  GradientDemosaic(View(frame, width, bayerMode), 0, height_, tones, 4, out, std::ptrdiff_t{width} * 4);
+}
+
+void CFilterBayer::DemosaicColor24(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode,
+                                   const PlaneGains& gains) const {
+  if (!work_.Data() || !frame || !out) return;
+  const PixelTones tones{.gains = gains};
+  GradientDemosaic(View(frame, width, bayerMode), 0, height_, tones, 3, out, std::ptrdiff_t{width} * 3);
+}
+
+void CFilterBayer::DemosaicMono(const unsigned char* frame, unsigned char* out, LONG width,
+                                LONG bayerMode) const {
+  DemosaicGrey(frame, out, width, bayerMode, 4);
+}
+
+void CFilterBayer::DemosaicMono24(const unsigned char* frame, unsigned char* out, LONG width,
+                                  LONG bayerMode) const {
+  DemosaicGrey(frame, out, width, bayerMode, 3);
+}
+
+void CFilterBayer::DemosaicGrey(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode,
+                                int pixelBytes) const {
+  if (!work_.Data() || !frame || !out) return;
+  GradientDemosaicGrey(View(frame, width, bayerMode), 0, height_, pixelBytes, out,
+                       std::ptrdiff_t{width} * pixelBytes);
+}
+
+}  // namespace zel

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "imaging/CWhiteBalance.h"
+#include "imaging/ColorGains.h"
+#include "imaging/ColorMatrix.h"
+#include "imaging/ScratchBuffer.h"
+#include "imaging/kernels/GradientDemosaic.h"
+#include "platform/ComponentTypes.h"
+
+namespace zel {
+
+/// Turns an 8-bit mosaic into pixels by way of a padded copy of it, the work frame, and keeps what that
+/// needs: gamma tables, gains, colour matrix and white balance.
+///
+/// Setters and `BeginFrame` run under the image object's lock; `PrepareFrame` and the demosaicing outside, on
+/// the values that the last `BeginFrame` and `SetGains` chose.
+class CFilterBayer {
+ public:
+  CFilterBayer() = default;
+  virtual ~CFilterBayer() = default;
+  CFilterBayer(const CFilterBayer&) = delete;
+  CFilterBayer& operator=(const CFilterBayer&) = delete;
+
+  /// Makes the work frame and the white balance's statistics; nothing to do for the same size. False, and no
+  /// work frame, for sizes below 1 or without memory.
+  bool Allocate(LONG width, LONG height);
+
+  /// Copies a frame (row pitch in bytes, 0 for the width) into the work frame and, from 8 x 8 on, continues
+  /// it by two samples on each side in the mosaic's own phase. Rows not wholly inside `frameBytes` are left
+  /// out.
+  void PrepareFrame(const unsigned char* frame, LONG pitch, std::size_t frameBytes = SIZE_MAX);
+
+  /// Builds the table of an exponent in hundredths if it is not there yet; above 200 counts as 120.
+  void SetGammaTable(LONG gamma);
+  /// The same, and uses it from now on; 0 and below: no gamma.
+  void SelectGamma(LONG gamma);
+  /// Chooses gamma and colour matrix for the frame that is about to be converted.
+  void BeginFrame(LONG gamma);
+
+  void SetGains(LONG r, LONG g, LONG b);  ///< 128 is unity
+
+  /// 32-bit pixels, rows without gaps, from `frame`, which is `WorkImage()`. Nothing without a work frame.
+  void DemosaicColor(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode) const;
+  void DemosaicMono(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode) const;
+
+  /// The same as 24-bit pixels, with these gains and without matrix and gamma.
+  void DemosaicColor24(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode,
+                       const PlaneGains& gains) const;
+  void DemosaicMono24(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode) const;
+
+  /// Automatic gains from the work frame; `gains` keeps what the frame says nothing about.
+  void ComputeGains(LONG modeIndex, LONG bayerMode, ColorGains& gains);
+
+  /// The first image sample of the work frame, or null; two rows and columns around it may be read.
+  const unsigned char* WorkImage() const { return ImageOrigin(); }
+  LONG WorkStride() const { return workStride_; }
+
+  ColorMatrix& Matrix() { return matrix_; }
+  const ColorMatrix& Matrix() const { return matrix_; }
+
+ private:
+  struct GammaTable {
+    std::array<std::uint8_t, 256> entries;
+    bool built = false;
+  };
+
+  MosaicView View(const unsigned char* frame, LONG width, LONG bayerMode) const;
+  void DemosaicGrey(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode,
+                    int pixelBytes) const;
+  std::uint8_t* ImageOrigin() const;
+
+  LONG width_ = 0, height_ = 0;
+  LONG workStride_ = 0;  ///< bytes
+  ScratchBuffer work_;
+  ColorMatrix matrix_;
+  FixedColorMatrix frameMatrix_;  ///< of the frame in conversion
+  std::array<GammaTable, 201> gammaTables_;
+  const std::uint8_t* gamma_ = nullptr;
+  PlaneGains gains_;
+  CWhiteBalance whiteBalance_;
+};
+
+}  // namespace zel

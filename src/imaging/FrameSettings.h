@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "imaging/ColorGains.h"
+#include "platform/ComponentTypes.h"
+
+namespace zel {
+
+/// What a frame is and what becomes of it; this part of the settings belongs to the picture itself, so a
+/// copied picture takes it along.
+struct FrameFormat {
+  LONG outputFormat = 5;
+  LONG inputFormat = 0;
+  bool keepRaw = false;
+  bool eightBitTransfer = true;  ///< one byte per input sample, else two
+  LONG twoTap = 0;               ///< also the offset of odd output rows of monochrome YUV input, in bytes
+  LONG bayerMode = 0;
+  bool colorful = true;
+  LONG width = 752, height = 400;
+  LONG fullWidth = 752, fullHeight = 480;
+  LONG sourceWidth = 752, sourceHeight = 480;  ///< row pitch in samples, and rows, of the input
+  bool whitePixelCanceling = false;
+  LONG bayerDecodingMethod = 0;
+};
+
+/// The settings that act on a frame's samples and pixels.
+struct ToneSettings {
+  LONG autoWhiteBalance = 0;
+  ColorGains gains;
+  unsigned char whitePixelThreshold = 255;
+  LONG contrast = 0, brightness = 0, saturation = 0, hue = 0;
+  LONG gamma = 0;
+  LONG dotFilterThreshold = 0, dotFilterEnabled = 0;
+  LONG sharpness = 0;
+};
+
+/// One frame's settings, taken under the lock at its start.
+struct FrameSettings {
+  FrameFormat format;
+  ToneSettings tones;
+  std::array<std::uint8_t, 256> contrastTable;
+  std::array<std::int32_t, 512> sharpnessTable;
+
+  std::size_t SourceSamples() const {
+    if (format.sourceWidth < 1 || format.sourceHeight < 1) return 0;
+    return std::size_t(format.sourceWidth) * std::size_t(format.sourceHeight);
+  }
+  std::size_t SampleBytes() const { return format.eightBitTransfer ? 1 : 2; }
+};
+
+}  // namespace zel

@@ -1,0 +1,27 @@
+#include "imaging/kernels/PaddedFrame.h"
+
+#include <cstring>
+
+namespace zel {
+
+void FillMargins(std::uint8_t* image, std::ptrdiff_t stride, int width, int height) {
+  if (width < 8 || height < 8) return;
+  const auto copyRow = [&](int to, int from) {
+    std::memcpy(image + to * stride, image + from * stride, static_cast<std::size_t>(width));
+  };
+  copyRow(-2, 4);
+  copyRow(-1, 3);
+  copyRow(0, 4);
+  copyRow(1, 3);
+  copyRow(height, height - 4);
+  copyRow(height + 1, height - 3);
+  for (int row = -2; row < height + 2; ++row) {
+    std::uint8_t* p = image + row * stride;
+    p[-1] = p[1];
+    p[-2] = p[2];
+    p[width] = p[width - 2];
+    p[width + 1] = p[width - 3];
+  }
+}
+
+}  // namespace zel

@@ -1,0 +1,185 @@
+#include "sim/VirtualCamera.h"
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+namespace zel {
+namespace {
+
+// A reader that is no later than this keeps the sensor's pace: a timer tick of the system is not its fault.
+constexpr std::chrono::milliseconds kPatience{20};
+constexpr std::size_t kMaxProtocolErrors = 1000;  // a host in a loop must not fill the memory
+
+std::chrono::steady_clock::duration Seconds(double seconds) {
+  return std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+      std::chrono::duration<double>(seconds));
+}
+
+}  // namespace
+
+VirtualCamera::VirtualCamera(const SensorMap& map, std::shared_ptr<const Scene> scene,
+                             const SimConfiguration& configuration)
+    : map_(&map),
+      framesPerSecond_(configuration.framesPerSecond),
+      triggerRate_(configuration.triggerRate),
+      seed_(configuration.seed),
+      sensor_(map),
+      faults_(configuration.faults),
+      renderer_(map, std::move(scene), configuration.noise) {}
+
+void VirtualCamera::WriteRegister(std::uint32_t address, std::uint32_t value) {
+  const std::lock_guard lock(mutex_);
+  sensor_.Write(address, value);
+  ++settings_;
+  changed_.notify_all();
+}
+
+std::uint32_t VirtualCamera::ReadRegister(std::uint32_t address) const {
+  const std::lock_guard lock(mutex_);
+  return sensor_.Read(address);
+}
+
+void VirtualCamera::ResetSensor() {
+  const std::lock_guard lock(mutex_);
+  sensor_.Reset();
+  halfClock_ = false;
+  ++settings_;
+  changed_.notify_all();
+}
+
+void VirtualCamera::SetHalfClock(bool on) {
+  const std::lock_guard lock(mutex_);
+  halfClock_ = on;
+  ++settings_;
+  changed_.notify_all();
+}
+
+bool VirtualCamera::HalfClock() const {
+  const std::lock_guard lock(mutex_);
+  return halfClock_;
+}
+
+void VirtualCamera::SetBlur(double radius) {
+  const std::lock_guard lock(renderMutex_);
+  renderer_.SetBlur(radius);
+}
+
+void VirtualCamera::RestartStream() {
+  const std::lock_guard lock(mutex_);
+  number_ = 0;
+  lastReady_ = Clock::now();
+}
+
+VirtualCamera::Clock::duration VirtualCamera::FramePeriod(const Readout& readout) const {
+  if (!framesPerSecond_) return Seconds(readout.frameSeconds);
+  return *framesPerSecond_ > 0 ? Seconds(1 / *framesPerSecond_) : Clock::duration::zero();
+}
+
+VirtualCamera::Clock::time_point VirtualCamera::ReadyTime(const Readout& readout,
+                                                          Clock::time_point requested) const {
+  const Clock::duration period = FramePeriod(readout);
+  if (!readout.triggered) {
+    const Clock::time_point next = lastReady_ + period;
+    return std::max(next + kPatience < requested ? requested : next, stalledUntil_);
+  }
+  if (triggerRate_ <= 0) return Clock::time_point::max();
+  // The line pulses from the moment of plugging in. The sensor hears the first pulse after it was asked for a
+  // frame and has finished the one before.
+  const Clock::time_point armed = std::max({requested, lastReady_, stalledUntil_});
+  const double pulses = std::floor(std::chrono::duration<double>(armed - pluggedIn_).count() * triggerRate_);
+  return pluggedIn_ + Seconds((pulses + 1) / triggerRate_) + period;
+}
+
+std::optional<SimFault::Kind> VirtualCamera::MeetFaults(Clock::time_point now, Clock::duration period) {
+  std::optional<SimFault::Kind> forWire;
+  for (auto fault = faults_.begin(); fault != faults_.end();) {
+    if (fault->frame != frames_ + 1) {
+      ++fault;
+      continue;
+    }
+    switch (fault->kind) {
+      case SimFault::Kind::Unplug:
+        unplugged_ = true;
+        changed_.notify_all();
+        break;
+      case SimFault::Kind::Stall:
+        stalledUntil_ = now + fault->duration;
+        break;
+      case SimFault::Kind::Drop:
+        ++frames_;
+        ++number_;
+        lastReady_ = std::max(lastReady_ + period, now);
+        faults_.erase(fault);
+        return MeetFaults(now, period);  // of the frame that comes instead
+      case SimFault::Kind::Short:
+      case SimFault::Kind::Garbage:
+        forWire = fault->kind;
+        ++fault;  // stays until the frame has left: the wait for it may time out
+        continue;
+    }
+    fault = faults_.erase(fault);
+  }
+  return forWire;
+}
+
+DriverError VirtualCamera::AwaitFrame(std::uint32_t milliseconds, Frame* frame) {
+  std::unique_lock lock(mutex_);
+  const Clock::time_point requested = Clock::now();
+  const Clock::time_point deadline = requested + std::chrono::milliseconds(milliseconds);
+  if (unplugged_) return DriverError::NotConnected;
+  frame->fault = MeetFaults(requested, FramePeriod(sensor_.Decode(halfClock_ ? 2 : 1)));
+
+  while (!unplugged_) {
+    const Readout readout = sensor_.Decode(halfClock_ ? 2 : 1);
+    const Clock::time_point ready = ReadyTime(readout, requested);
+    const Clock::time_point now = Clock::now();
+    if (ready <= now && ready <= deadline) {
+      lastReady_ = ready;
+      ++frames_;
+      ++number_;
+      std::erase_if(faults_, [this](const SimFault& fault) { return fault.frame == frames_; });
+      frame->picture = {readout, number_, seed_ * 1000003 + frames_};
+      return DriverError::None;
+    }
+    if (now >= deadline) return DriverError::Timeout;
+    const std::uint64_t settings = settings_;
+    changed_.wait_until(lock, std::min(ready, deadline), [&] { return unplugged_ || settings_ != settings; });
+  }
+  return DriverError::NotConnected;
+}
+
+void VirtualCamera::Expose(const Frame& frame, int bytesPerSample, std::span<std::uint8_t> out,
+                           std::size_t pitch) {
+  if (frame.fault == SimFault::Kind::Garbage) {
+    std::minstd_rand garbage(static_cast<std::uint32_t>(frame.picture.noise));
+    for (std::uint8_t& byte : out) byte = static_cast<std::uint8_t>(garbage() >> 8);
+    return;
+  }
+  const std::lock_guard lock(renderMutex_);
+  const std::size_t written = renderer_.Render(frame.picture, bytesPerSample, out, pitch);
+  std::ranges::fill(out.subspan(written), std::uint8_t{0});
+}
+
+void VirtualCamera::Unplug() {
+  const std::lock_guard lock(mutex_);
+  unplugged_ = true;
+  changed_.notify_all();
+}
+
+bool VirtualCamera::IsUnplugged() const {
+  const std::lock_guard lock(mutex_);
+  return unplugged_;
+}
+
+void VirtualCamera::NoteProtocolError(std::string what) {
+  const std::lock_guard lock(mutex_);
+  if (protocolErrors_.size() < kMaxProtocolErrors) protocolErrors_.push_back(std::move(what));
+}
+
+std::vector<std::string> VirtualCamera::ProtocolErrors() const {
+  const std::lock_guard lock(mutex_);
+  return protocolErrors_;
+}
+
+}  // namespace zel

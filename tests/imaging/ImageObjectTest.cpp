@@ -1,0 +1,351 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <numeric>
+#include <thread>
+
+#include "imaging/COrvaneImageImpl24.h"
+#include "imaging/COrvaneImageImpl32.h"
+#include "imaging/kernels/Samples.h"
+#include "imaging/reference/DemosaicReference.h"
+
+namespace zel {
+namespace {
+
+using reference::Bytes;
+using reference::RandomBytes;
+using reference::SamePicture;
+
+void SetSize(COrvaneImageImpl& image, LONG width, LONG height) {
+  image.SetWidth(width);
+  image.SetHeight(height);
+  image.SetSourceWidth(width);
+  image.SetSourceHeight(height);
+}
+
+/// An image object of the class that the engine takes for an output format.
+std::unique_ptr<COrvaneImageImpl> NewImage(LONG output, LONG width, LONG height) {
+  std::unique_ptr<COrvaneImageImpl> image = std::make_unique<COrvaneImageImpl32>(1);
+  if (output == 4) image = std::make_unique<COrvaneImageImpl24>(1);
+  EXPECT_TRUE(image->SetOutputFormat(output));
+  SetSize(*image, width, height);
+  return image;
+}
+
+Bytes Output(COrvaneImageImpl& image) {
+  return {image.GetBuffer(), image.GetBuffer() + image.GetStride() * image.GetHeight()};
+}
+
+Bytes RawCopy(COrvaneImageImpl& image) {
+  return {image.GetRawBuffer(), image.GetRawBuffer() + image.GetRawSize()};
+}
+
+void Convert(COrvaneImageImpl& image, Bytes frame) {
+  image.AllocateBuffers();
+  image.ProcessFrame(frame.data());
+}
+
+TEST(ImageObject, BuffersByFormat) {
+  static_assert(sizeof(COrvaneImageImpl32) < std::size_t{1} << 20);
+  for (const LONG format : {-1, 2, 3, 6}) EXPECT_FALSE(COrvaneImageImpl32(1).SetOutputFormat(format));
+  const struct {
+    LONG input, output, eightBit, stride, rawStride, imageSize;
+  } kRows[] = {{0, 0, 1, 7, 7, 35},    {0, 0, 0, 14, 14, 35},  {0, 4, 1, 21, 7, 105},
+               {0, 1, 0, 28, 14, 140}, {0, 5, 1, 28, 7, 140},  {4, 4, 1, 21, 4, 105},
+               {4, 5, 0, 28, 4, 140},  {6, 5, 1, 28, 14, 140}, {3, 5, 1, 28, 0, 140}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(testing::Message() << row.input << " to " << row.output);
+    const auto image = NewImage(row.output, 7, 5);
+    image->SetInputFormat(row.input);
+    image->Set8BitTransfer(row.eightBit != 0);
+    image->AllocateBuffers();
+    EXPECT_EQ(image->GetStride(), row.stride);
+    EXPECT_EQ(image->GetRawStride(), row.rawStride);
+    EXPECT_EQ(image->GetRawSize(), static_cast<DWORD>(5 * row.rawStride));
+    EXPECT_EQ(image->GetRawBuffer(), image->GetBuffer());
+    if (row.output != 0) {
+      EXPECT_EQ(Output(*image), Bytes(std::size_t(5 * row.stride), 255));
+    }
+    const BITMAPINFOHEADER expected{40, 7, 5, 1, 32, 0, static_cast<DWORD>(row.imageSize), 3780, 3780, 0, 0};
+    EXPECT_EQ(std::memcmp(image->GetBitmapInfoHeader(), &expected, 40), 0);
+    image->FreeBuffers();
+    EXPECT_EQ(image->GetBuffer(), nullptr);
+    EXPECT_EQ(image->GetRawSize(), 0u);
+    EXPECT_EQ(image->GetBitmapInfoHeader()->biSize, 0u);
+  }
+}
+
+TEST(ImageObject, ImpossibleSizesLeaveNoBuffer) {
+  const LONG kSizes[][2] = {{0, 5},
+                            {5, 0},
+                            {-4, 4},
+                            {INT_MAX, 1},
+                            {1, INT_MAX},
+                            {40000, 40000},
+                            {INT_MAX, INT_MAX},
+                            {INT_MIN, INT_MIN}};
+  for (const auto& [width, height] : kSizes) {
+    const auto image = NewImage(5, width, height);
+    Convert(*image, Bytes(64, 9));
+    EXPECT_EQ(image->GetBuffer(), nullptr) << width << " x " << height;
+    EXPECT_EQ(image->GetMeanLuminance(), 0u);
+    SetSize(*image, 8, 8);
+    Convert(*image, Bytes(64, 9));
+    image->ProcessFrame(nullptr);
+    EXPECT_EQ(image->GetMeanLuminance(), 9u);
+  }
+}
+
+TEST(ImageObject, RawAndPackedFramesPassThrough) {
+  // 6 x 3 of a source with longer rows: bytes of its rows, and how many of them arrive.
+  const struct {
+    LONG input, output, eightBit, sourceWidth;
+    std::ptrdiff_t pitch, outBytes, rawBytes;
+  } kRows[] = {
+      {0, 0, 1, 8, 8, 6, 6}, {0, 0, 0, 8, 16, 12, 12}, {4, 4, 1, 20, 20, 18, 4}, {4, 5, 1, 20, 20, 18, 4}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(testing::Message() << row.input << " to " << row.output);
+    const auto image = NewImage(row.output, 6, 3);
+    image->SetSourceWidth(row.sourceWidth);
+    image->SetInputFormat(row.input);
+    image->Set8BitTransfer(row.eightBit != 0);
+    image->SetContrast(row.eightBit ? 0 : 40);  // two-byte raw samples stay as read
+    image->SetKeepRaw(1);
+    const Bytes frame = RandomBytes(static_cast<std::size_t>(3 * row.pitch), 5);
+    Bytes output, raw;
+    for (auto p = frame.begin(); p != frame.end(); p += row.pitch) {
+      raw.insert(raw.end(), p, p + row.rawBytes);
+      for (std::ptrdiff_t i = 0; i < row.outBytes; ++i) {
+        output.push_back(p[i]);
+        if (row.output == 5 && i % 3 == 2) output.push_back(255);
+      }
+    }
+    Convert(*image, frame);
+    EXPECT_EQ(Output(*image), output);
+    EXPECT_EQ(RawCopy(*image), raw);
+  }
+}
+
+TEST(ImageObject, MonochromeExpansions) {
+  Bytes frame(36);
+  std::iota(frame.begin(), frame.end(), std::uint8_t{0});
+  const auto image = NewImage(1, 6, 3);
+  image->SetColorful(0);
+  const auto pixels = [&](int row, int column, int count) {
+    const unsigned char* p = image->GetBuffer() + row * 24 + column * 4;
+    return Bytes(p, p + 4 * count);
+  };
+  Convert(*image, frame);
+  EXPECT_EQ(pixels(2, 3, 1), (Bytes{15, 15, 15, 0}));
+  EXPECT_EQ(pixels(2, 4, 2), Bytes(8, 255));  // only whole groups of four
+
+  // YUV: odd output rows start two-tap samples into the next input row.
+  image->SetInputFormat(6);
+  image->SetTwoTap(2);
+  Convert(*image, frame);
+  EXPECT_EQ(pixels(0, 1, 1), (Bytes{1, 1, 1, 255}));
+  EXPECT_EQ(pixels(1, 0, 1), (Bytes{8, 8, 8, 255}));
+  EXPECT_EQ(pixels(2, 0, 1), (Bytes{6, 6, 6, 255}));
+  image->SetTwoTap(-7);  // row 1 would start before the frame
+  Convert(*image, frame);
+  EXPECT_EQ(pixels(1, 0, 6), Bytes(24, 255));
+}
+
+// Contrast, and the way of two-byte samples to one byte, told by uniform frames.
+TEST(ImageObject, UniformFrames) {
+  const struct {
+    LONG output, eightBit, twoTap, contrast;
+    int low, high, expected;
+  } kRows[] = {{5, 1, 0, 0, 37, 37, 37},      {5, 1, 0, 10, 10, 10, 0},      {5, 1, 0, 10, 11, 11, 1},
+               {5, 1, 0, 10, 245, 245, 255},  {5, 1, 0, 127, 128, 128, 128}, {5, 1, 0, 127, 129, 129, 255},
+               {5, 1, 0, 128, 255, 255, 0},   {5, 1, 0, 1000, 200, 200, 0},  {5, 1, 0, -50, 0, 0, 36},
+               {5, 1, 0, INT_MIN, 9, 9, 128}, {5, 0, 0, 0, 0x92, 2, 0xA4},   {5, 0, 0, 20, 0x92, 2, 171},
+               {4, 0, 0, 0, 0x92, 2, 0x92},   {4, 0, 0, 20, 0x92, 2, 149},   {5, 0, 1, 20, 85, 85, 85}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(testing::Message() << "row " << &row - kRows);
+    const auto image = NewImage(row.output, 10, 9);
+    image->Set8BitTransfer(row.eightBit != 0);
+    image->SetTwoTap(row.twoTap);
+    image->SetContrast(row.contrast);
+    Bytes frame(180), expected(270, static_cast<std::uint8_t>(row.expected));
+    for (std::size_t i = 0; i < 180; ++i) frame[i] = static_cast<std::uint8_t>(i % 2 ? row.high : row.low);
+    Convert(*image, frame);
+    EXPECT_TRUE(SamePicture(image->GetBuffer(), row.output - 1, expected, 10, 9, 0));
+  }
+}
+
+// Which of the kernels a frame goes through, and with what, by the settings.
+TEST(ImageObject, ConversionsAsReference) {
+  const int width = 19, height = 12, pitch = 22;
+  for (int mode = 0; mode < 4; ++mode) {
+    const Bytes frame = RandomBytes(std::size_t(pitch * height), unsigned(mode));
+    Bytes sorted = frame, scratch(std::size_t{pitch});
+    for (int row = 0; row < height; ++row)
+      SortTwoTapRow(&sorted[std::size_t(row * pitch)], pitch, 1, scratch.data());
+    const auto gradient = [&](const Bytes& from, std::array<double, 3> gains) {
+      reference::Padded padded(from, pitch, width, height);
+      return reference::Gradient(padded, width, height, mode, gains, nullptr, nullptr);
+    };
+    const std::array<double, 3> gains{180 / 128.0, 100 / 128.0, 77 / 128.0};
+    // 180 and 77 times 1.28, rounded, against 163.84.
+    const std::array<double, 3> gains24{230 * 25 / 4096.0, 100 / 128.0, 99 * 25 / 4096.0};
+    reference::Padded padded(frame, pitch, width, height);
+    const Bytes grey = reference::GradientGrey(padded, width, height, mode);
+    const ColorGains direct{180, 100, 77};
+    const struct {
+      LONG output, method, colorful, twoTap;
+      Bytes expected;
+    } kRows[] = {{5, 0, 1, 0, gradient(frame, gains)},
+                 {5, 0, 1, 1, gradient(sorted, gains)},
+                 {5, 0, 0, 0, grey},
+                 {5, 1, 1, 0, reference::Direct(frame, pitch, width, height, mode, direct, false)},
+                 {5, 1, 0, 0, reference::Direct(frame, pitch, width, height, mode, direct, true)},
+                 {4, 1, 1, 0, gradient(frame, gains24)},
+                 {4, 0, 0, 0, grey}};
+    for (const auto& row : kRows) {
+      SCOPED_TRACE(testing::Message() << "row " << &row - kRows);
+      const auto image = NewImage(row.output, width, height);
+      image->SetSourceWidth(pitch);
+      image->SetBayerMode(mode);
+      image->SetBayerDecodingMethod(row.method);
+      image->SetColorful(row.colorful != 0);
+      image->SetTwoTap(row.twoTap);
+      image->SetColorGainR(180);
+      image->SetColorGainG(100);
+      image->SetColorGainB(77);
+      if (row.method != 0) {  // these act on the 32-bit table-driven kernels alone
+        image->SetGamma(60);
+        image->SetBrightness(30);
+        image->SetHue(40);
+      }
+      Convert(*image, frame);
+      ASSERT_TRUE(SamePicture(image->GetBuffer(), row.output - 1, row.expected, width, height, mode));
+    }
+  }
+}
+
+TEST(ImageObject, AutomaticGainsAreUsedAndStored) {
+  for (const LONG output : {4, 5}) {
+    const auto image = NewImage(output, 16, 16);
+    image->SetAutoWhiteBalance(1);
+    Bytes frame;
+    for (int i = 0; i < 256; ++i) {
+      const char color = reference::ColorAt(0, i / 16, i % 16);
+      frame.push_back(color == 'R' ? 50 : color == 'G' ? 100 : 200);
+    }
+    Convert(*image, frame);
+    EXPECT_EQ(image->GetColorGainR(), 256);
+    EXPECT_EQ(image->GetColorGainB(), 64);
+    EXPECT_TRUE(SamePicture(image->GetBuffer(), output - 1, Bytes(768, 100), 16, 16, 0));
+    EXPECT_EQ(image->GetMeanLuminance(), 100u);
+  }
+}
+
+TEST(ImageObject, DefectsAreGoneOnBothDemosaicPaths) {
+  for (int i = 0; i < 4; ++i) {
+    const auto image = NewImage(5, 20, 20);
+    image->SetBayerDecodingMethod(i % 2);
+    image->SetWhitePixelCanceling(i / 2, 50);
+    image->SetDotFilterEnabled(1 - i / 2);
+    image->SetDotFilterThreshold(50);
+    Bytes frame(400, 80);
+    frame[9 * 20 + 8] = 255;
+    Convert(*image, frame);
+    EXPECT_TRUE(SamePicture(image->GetBuffer(), 4, Bytes(1200, 80), 20, 20, 0));
+  }
+}
+
+TEST(ImageObject, CopiesTakeFormatAndPicture) {
+  for (const LONG output : {0, 4, 5}) {
+    const auto image = NewImage(output, 3, 3);
+    COrvaneImageImpl32 copy(0);
+    image->CopyTo(&copy);  // nothing to copy yet
+    for (const LONG width : {9, 9, 12}) {
+      SetSize(*image, width, 8);
+      image->SetBayerMode(2);
+      image->SetKeepRaw(width == 12);
+      Convert(*image, RandomBytes(static_cast<std::size_t>(8 * width), unsigned(width)));
+      image->CopyTo(&copy);
+      EXPECT_EQ(Output(copy), Output(*image));
+      EXPECT_EQ(RawCopy(copy), RawCopy(*image));
+      EXPECT_EQ(copy.GetBayerMode(), 2);
+      EXPECT_EQ(std::memcmp(copy.GetBitmapInfoHeader(), image->GetBitmapInfoHeader(), 40), 0);
+    }
+  }
+}
+
+// Every path with frames that end with their last sample; the sanitizer is the judge.
+TEST(ImageObject, NothingOutsideTheFrame) {
+  for (unsigned seed = 0; seed < 81 * 12 * 2; ++seed) {
+    const auto pick = [&](unsigned divisor, unsigned choices) {
+      return static_cast<LONG>(seed / divisor % choices);
+    };
+    const LONG input = std::array<LONG, 3>{0, 4, 6}[seed / 324 % 3];
+    const LONG output = std::array<LONG, 4>{0, 1, 4, 5}[seed / 81 % 4];
+    const LONG width = 1 + pick(1, 9), height = 1 + pick(9, 9);
+    const LONG sourceWidth = width - 2 + pick(1, 5), sourceHeight = height - 1 + pick(1, 4);
+    const auto image = NewImage(output, width, height);
+    image->SetSourceWidth(sourceWidth);
+    image->SetSourceHeight(sourceHeight);
+    image->SetInputFormat(input);
+    image->Set8BitTransfer(seed / 2 % 2);
+    image->SetTwoTap(pick(4, 2));
+    image->SetBayerMode(pick(1, 4));
+    image->SetBayerDecodingMethod(pick(8, 2));
+    image->SetColorful(seed % 7 != 0);
+    image->SetAutoWhiteBalance(pick(3, 4));
+    image->SetWhitePixelCanceling(1, 10);
+    image->SetDotFilterEnabled(1);
+    image->SetDotFilterThreshold(10);
+    image->SetSharpness(100);
+    image->SetContrast(20);
+    image->SetKeepRaw(1);
+    image->AllocateBuffers();
+    const auto samples =
+        static_cast<std::size_t>(std::max<LONG>(sourceWidth, 0) * std::max<LONG>(sourceHeight, 0));
+    Bytes frame = RandomBytes(samples * (input == 6 || seed / 2 % 2 == 0 ? 2 : 1), seed);
+    image->ProcessFrame(frame.data());
+    if (input != 6) image->ConvertComplementary(frame.data());
+    image->SetOutputFormat(output == 4 ? 5 : 4);  // larger or smaller pixels than there is room for
+    image->ProcessFrame(frame.data());
+    ASSERT_NE(image->GetBuffer(), nullptr);
+  }
+}
+
+// Settings arrive from the application while frames are converted; ThreadSanitizer is the judge.
+TEST(ImageObject, SettersDuringConversion) {
+  CZELCritSec lock;
+  const auto image = NewImage(5, 40, 32);
+  image->SetLock(&lock);
+  image->AllocateBuffers();
+  std::thread application([&] {
+    using Setter = void (COrvaneImage::*)(LONG);
+    const Setter kSetters[] = {&COrvaneImage::SetGamma,
+                               &COrvaneImage::SetContrast,
+                               &COrvaneImage::SetBrightness,
+                               &COrvaneImage::SetSaturation,
+                               &COrvaneImage::SetHue,
+                               &COrvaneImage::SetColorCorrection,
+                               &COrvaneImage::SetColorGainR,
+                               &COrvaneImage::SetAutoWhiteBalance,
+                               &COrvaneImage::SetBayerMode,
+                               &COrvaneImage::SetTwoTap,
+                               &COrvaneImage::SetBayerDecodingMethod};
+    for (LONG i = 0; i < 200; ++i) {
+      for (const Setter set : kSetters) (*image.*set)(i % 23 % 4 == 3 ? i : i % 4);
+      image->SetSharpness(i);
+      image->SetColorful(i % 3 != 0);
+      image->SetWhitePixelCanceling(1, 50);
+    }
+  });
+  Bytes frame = RandomBytes(1280, 1);
+  for (int i = 0; i < 100; ++i) image->ProcessFrame(frame.data());
+  application.join();
+  EXPECT_EQ(image->GetSharpness(), 199);
+}
+
+}  // namespace
+}  // namespace zel
