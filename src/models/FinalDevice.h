@@ -1,5 +1,7 @@
 #pragma once
 
+#include <new>
+
 #include "models/ModelTable.h"
 #include "property/CZELDevicePropertyImpl.h"
 
@@ -20,5 +22,11 @@ class FinalDevice final : public Model {
   CZELDeviceProperty* GetProperty() override { return &this->property_; }
   CZELDevicePropertyImpl& PropertyStore() override { return this->property_; }
 };
+
+/// What the factory calls for a type; null when memory is short.
+template <class Model>
+CZELDevice* NewDevice() {
+  return new (std::nothrow) FinalDevice<Model>;
+}
 
 }  // namespace zel

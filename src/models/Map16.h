@@ -100,15 +100,17 @@ class Property : public ModelProperty<FamilyProperty> {
            SUCCEEDED(this->SetRegister(kReadMode2, modes.mode2));
   }
 
-  /// In pixels of the picture; also kept as the store's raw layout.
-  bool SetWindow(LONG x, LONG y, LONG width, LONG height) {
-    const LONG columnStart = x + kFirstColumn;
-    const LONG rowStart = y + kFirstRow;
-    this->SetRawLayout(columnStart, rowStart, width - 1, height - 1);
+  /// Also kept as the store's raw layout.
+  bool SetWindow(const CaptureWindow& window) {
+    const LONG columnStart = window.x + kFirstColumn;
+    const LONG rowStart = window.y + kFirstRow;
+    const LONG columnSize = window.width - 1;
+    const LONG rowSize = window.height - 1;
+    this->SetRawLayout(columnStart, rowStart, columnSize, rowSize);
     return SUCCEEDED(this->SetRegister(kRowStart, rowStart)) &&
            SUCCEEDED(this->SetRegister(kColumnStart, columnStart)) &&
-           SUCCEEDED(this->SetRegister(kRowSize, height - 1)) &&
-           SUCCEEDED(this->SetRegister(kColumnSize, width - 1));
+           SUCCEEDED(this->SetRegister(kRowSize, rowSize)) &&
+           SUCCEEDED(this->SetRegister(kColumnSize, columnSize));
   }
 
  protected:

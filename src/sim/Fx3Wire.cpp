@@ -32,8 +32,8 @@ constexpr std::array<std::uint8_t, 4> kLanes{72, 73, 76, 77};
 constexpr std::uint8_t kLaneReset = 0x22;
 constexpr unsigned kAllLanes = 0xF;
 
-// The lens: where it stands when switched on, where the scene is sharpest, how far around that it stays sharp,
-// pixels of blur for every step beyond.
+// The lens: where it stands when switched on, where the scene is sharpest, how far around that it stays
+// sharp, pixels of blur for every step beyond.
 constexpr std::uint8_t kFocusAtStart = 128;
 constexpr int kSharpFocus = 136, kFocusDepth = 8;
 constexpr double kBlurPerStep = 0.1;

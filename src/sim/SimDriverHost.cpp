@@ -35,11 +35,8 @@ constexpr struct {
   std::u16string_view family;
   decltype(&Make<UsbWire>) make;
 } kWires[] = {
-    {u"Disk", Make<DiskWire>},
-    {u"Fx", Make<Fx3Wire>},
-    {u"Sata", Make<SataWire>},
-    {u"Usb", Make<UsbWire>},
-    {u"Wom", Make<WomWire>},
+    {u"Disk", Make<DiskWire>}, {u"Fx", Make<Fx3Wire>},  {u"Sata", Make<SataWire>},
+    {u"Usb", Make<UsbWire>},   {u"Wom", Make<WomWire>},
 };
 
 std::shared_ptr<SimDevice> MakeWire(SimCameraAddress address, const SensorMap& map,

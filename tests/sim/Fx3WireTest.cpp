@@ -66,8 +66,8 @@ class Fx3Client {
   DriverResult Control(std::uint32_t code, Bytes& transfer) {
     return handle->Control(code, transfer, transfer);
   }
-  bool Send(Bytes setup, const Bytes& data = {}) {
-    Bytes transfer = Request(std::move(setup), data);
+  bool Send(Bytes setup, const Bytes& payload = {}) {
+    Bytes transfer = Request(std::move(setup), payload);
     return Control(0x220020, transfer).ok;
   }
   bool WriteFpga(std::uint8_t address, std::uint8_t value) {

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <new>
 
 #include "common/BytePacking.h"
 #include "models/FinalDevice.h"
@@ -195,7 +194,7 @@ class CZELModel01 : public CZELDeviceImplSATA {
 };
 
 CZELDevice* CreateModel01() {
-  return new (std::nothrow) FinalDevice<CZELModel01>;
+  return NewDevice<CZELModel01>();
 }
 
 }  // namespace zel

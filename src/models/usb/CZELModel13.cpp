@@ -1,5 +1,4 @@
 #include <cstdint>
-#include <new>
 
 #include "common/BytePacking.h"
 #include "models/FinalDevice.h"
@@ -109,6 +108,13 @@ class CZELModel13 : public CZELDeviceImplUSB {
       return S_OK;
     }
 
+    bool ProgramWindow(const CaptureWindow& window) {
+      map16::ReadModes modes;
+      if (!GetReadModes(&modes)) return false;
+      modes = map16::SubSampled(modes, Record(kSubSampleX).current);
+      return SetReadModes(modes) && SetWindow(window);
+    }
+
    private:
     LONG auxOutput_ = 0;  ///< last state of the output
   };
@@ -125,7 +131,6 @@ class CZELModel13 : public CZELDeviceImplUSB {
 
  private:
   bool ComputeFrame(LONG width, LONG height);
-  bool ProgramWindow(LONG x, LONG y, LONG width, LONG height);
 };
 
 /// False for a window whose frame can't be read.
@@ -147,39 +152,25 @@ LONG CZELModel13::PrepareCapture() {
   frame_.frameClocks = frame_.frameExtra = frame_.lineLength = frame_.expectedBytes = 0;
   geometry_ = {};
 
-  LONG x = 0;
-  LONG y = 0;
-  LONG width = 0;
-  LONG height = 0;
-  property_.GetROI(&x, &y, &width, &height);
-  const SensorSize& sensor = ModelOf(kType).full;
-  if (x < 0 || y < 0 || width <= 0 || height <= 0) return 0;
-  if (x > sensor.width - width || y > sensor.height - height) return 0;
-  if (!ComputeFrame(width, height) || !ProgramWindow(x, y, width, height)) {
+  const auto window = property_.WantedWindow();
+  if (!window) return 0;
+  if (!ComputeFrame(window->width, window->height) || !property_.ProgramWindow(*window)) {
     frame_.expectedBytes = 0;
     return 0;
   }
 
   // The controller packs the picture's rows at the start of the transfer.
   geometry_ = {.transferPixels = frame_.expectedBytes,
-               .headerPixels = 0,
-               .width = width,
-               .height = height,
-               .sourceWidth = width,
-               .sourceHeight = height};
+               .width = window->width,
+               .height = window->height,
+               .sourceWidth = window->width,
+               .sourceHeight = window->height};
   CZELDeviceImplUSB::PrepareCapture();
   return 1;
 }
 
-bool CZELModel13::ProgramWindow(LONG x, LONG y, LONG width, LONG height) {
-  map16::ReadModes modes;
-  if (!property_.GetReadModes(&modes)) return false;
-  modes = map16::SubSampled(modes, property_.Record(kSubSampleX).current);
-  return property_.SetReadModes(modes) && property_.SetWindow(x, y, width, height);
-}
-
 CZELDevice* CreateModel13() {
-  return new (std::nothrow) FinalDevice<CZELModel13>;
+  return NewDevice<CZELModel13>();
 }
 
 }  // namespace zel

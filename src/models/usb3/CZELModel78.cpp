@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <vector>
 
 #include "models/FinalDevice.h"
@@ -196,10 +195,6 @@ class CZELModel78 : public CZELDeviceImplUSB3 {
       LONG sensorLines = kSensorLines;  ///< that reach the output in a frame
     };
 
-    LONG Clamped(LONG id, LONG value) const {
-      return std::clamp(value, Record(id).minimum, Record(id).maximum);
-    }
-
     HRESULT SetBinning(LONG* flag, LONG on) {
       *flag = on;
       UpdateReadout();
@@ -302,7 +297,7 @@ void CZELModel78::OnFrameHook(unsigned char* raw) {
 }
 
 CZELDevice* CreateModel78() {
-  return new (std::nothrow) FinalDevice<CZELModel78>;
+  return NewDevice<CZELModel78>();
 }
 
 }  // namespace zel

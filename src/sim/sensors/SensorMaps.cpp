@@ -6,11 +6,7 @@ namespace zel {
 namespace {
 
 constexpr const SensorMap* kMaps[] = {
-    &kSensorType1,
-    &kSensorType13,
-    &kSensorType67,
-    &kSensorType78,
-    &kSensorType98,
+    &kSensorType1, &kSensorType13, &kSensorType67, &kSensorType78, &kSensorType98,
 };
 
 }  // namespace
