@@ -3,17 +3,13 @@
 #include <algorithm>
 
 namespace zel {
-namespace {
-
-constexpr const SensorMap* kMaps[] = {
-    &kSensorType1, &kSensorType13, &kSensorType67, &kSensorType78, &kSensorType98,
-};
-
-}  // namespace
 
 const SensorMap* FindSensorMap(int type) {
-  const auto* const found = std::ranges::find(kMaps, type, &SensorMap::type);
-  return found == std::end(kMaps) ? nullptr : *found;
+  for (const auto& maps : {Map16Sensors(), Map3040Sensors(), CcdSensors(), SataSensors(), OtherSensors()}) {
+    const auto found = std::ranges::find(maps, type, &SensorMap::type);
+    if (found != maps.end()) return &*found;
+  }
+  return nullptr;
 }
 
 }  // namespace zel

@@ -48,9 +48,56 @@ constexpr SensorMap Behind(const char16_t* family, int type) {
   };
 }
 
+constexpr RegisterValue kReset98[] = {
+    {0x01, 12}, {0x02, 20}, {0x03, 2079}, {0x04, 3095}, {0x09, 1049}, {0x35, 14},
+};
+
+constexpr SkipRule kSkips98[] = {
+    {0x1E, 0x3C, 0x30, 8},
+    {0x1E, 0x3C, 0x0C, 4},
+    {0x20, 0x18, 0x18, 2},
+};
+
+const SensorMap kSensors[] = {
+    Behind(u"Usb", 13),
+    Behind(u"Wom", 67),
+    {
+        .type = 98,
+        .family = u"Fx",
+        .width = 3096,
+        .height = 2080,
+        .bits = 10,
+        .filter = ColourFilter::Grbg,
+        .addressBytes = 2,
+        .valueBytes = 2,
+        .resetValues = kReset98,
+        .left = {{{0x02, 0, 12}}},
+        .top = {{{0x01, 0, 12}}},
+        .leftOffset = 20,
+        .topOffset = 12,
+        .columns = {{{0x04, 0, 12}}},
+        .rows = {{{0x03, 0, 12}}},
+        .columnsBias = 1,
+        .rowsBias = 1,
+        .mirrorX = {{{0x20, 14, 1}}},
+        .mirrorY = {{{0x20, 15, 1}}},
+        .trigger = {{{0x1E, 8, 1}}},
+        .halfClock = {{{0x0A, 0, 1}}},
+        .skips = kSkips98,
+        .shutter = {{{0x09, 0, 16, 0}, {0x08, 0, 4, 16}}},
+        .gain = {{{0x35, 0, 6}}},
+        .gainFactor = LinearGain,
+        .pixelClock = 96e6,
+        .lineBlanking = 244,
+        .shortestLine = 553,
+        .frameBlanking = 241,
+    },
+};
+
 }  // namespace
 
-const SensorMap kSensorType13 = Behind(u"Usb", 13);
-const SensorMap kSensorType67 = Behind(u"Wom", 67);
+std::span<const SensorMap> Map16Sensors() {
+  return kSensors;
+}
 
 }  // namespace zel

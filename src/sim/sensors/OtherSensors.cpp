@@ -1,0 +1,9 @@
+#include "sim/sensors/SensorMaps.h"
+
+namespace zel {
+
+std::span<const SensorMap> OtherSensors() {
+  return {};
+}
+
+}  // namespace zel
