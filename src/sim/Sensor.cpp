@@ -53,12 +53,13 @@ Readout Sensor::Decode(int clockDivider) const {
 
   const Sensor fresh(map);
   const double resetGain = map.gainFactor(fresh.Value(map.gain));
-  const double resetShutter = fresh.Value(map.shutter);
+  const double resetShutter = fresh.Value(map.shutter) + map.shutterOffset;
+  const int shutter = value(map.shutter) + map.shutterOffset;
   readout.gain = map.gainFactor(Value(map.gain)) / resetGain;
-  readout.exposure = value(map.shutter) / resetShutter * readout.gain * binX * binY;
+  readout.exposure = shutter / resetShutter * readout.gain * binX * binY;
 
   const double line = std::max(window.columns + map.lineBlanking, map.shortestLine);
-  const double clocks = std::max(line * window.rows + map.frameBlanking, line * value(map.shutter));
+  const double clocks = std::max(line * window.rows + map.frameBlanking, line * shutter);
   const int divider = value(map.halfClock) != 0 ? 2 * clockDivider : clockDivider;
   readout.frameSeconds = clocks * divider / map.pixelClock;
   return readout;

@@ -69,7 +69,12 @@ struct SensorMap {
   std::optional<RegisterMatch> fieldReadout{};  ///< even and odd lines one after the other, unless binned
   RegisterField oddFieldFirst{};
 
+  /// Where the registers of the FPGA between sensor and controller stand among those of the sensor, in
+  /// cameras whose FPGA makes the sensor's timing.
+  std::optional<std::uint16_t> fpgaRegisters{};
+
   RegisterField shutter;  ///< lines
+  int shutterOffset = 0;  ///< lines that every exposure takes besides
   RegisterField gain;
   double (*gainFactor)(std::uint32_t code) = nullptr;
   /// Exposure of the brightest scene at reset values, as a part of full scale.

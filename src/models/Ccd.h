@@ -1,0 +1,50 @@
+#pragma once
+
+#include "models/ModelProperty.h"
+
+/// What the line's CCD cameras have in common: a timing generator that reads out a window.
+namespace zel::ccd {
+
+// The window's registers; each has a second address for its high byte where registers have 8 bits.
+constexpr LONG kWindowBase = 0x30;
+constexpr LONG kLeft = 0;  // sensor pixels
+constexpr LONG kTop = 2;
+constexpr LONG kColumns = 4;  // of the picture
+constexpr LONG kLines = 6;
+constexpr LONG kSkipping = 8;  // 1: every second pair of columns and of lines
+
+/// `Registers` is the family's property object, or one of SerialRegisters.h over it.
+template <class Registers>
+class Property : public ModelProperty<Registers> {
+ public:
+  bool ProgramWindow(const CaptureWindow& window) {
+    return WriteSize(kLeft, window.x) && WriteSize(kTop, window.y) && WriteSize(kColumns, window.width) &&
+           WriteSize(kLines, window.height) && WriteSize(kSkipping, this->Record(kSubSampleX).current);
+  }
+
+  /// What the store says holds from the start, and again after the clock was changed. A camera that does not
+  /// take it may still send frames.
+  LONG InitializeCamera() override {
+    this->SetDigitalGlobalGain(this->Record(kDigitalGlobalGain).current);
+    this->SetShutter(this->Record(kShutter).current);
+    return 1;
+  }
+
+ protected:
+  explicit Property(LONG type, LONG windowBase = kWindowBase)
+      : ModelProperty<Registers>(type), windowBase_(windowBase) {}
+
+ private:
+  bool WriteSize(LONG offset, LONG value) {
+    const LONG address = windowBase_ + offset;
+    if constexpr (requires { requires Registers::kRegisterBytes == 1; }) {
+      return SUCCEEDED(this->WriteParts(value, {{address, 0xFF}, {address + 1, 0xFF00, 8}}));
+    } else {
+      return SUCCEEDED(this->SetRegister(address, value));
+    }
+  }
+
+  const LONG windowBase_;
+};
+
+}  // namespace zel::ccd
