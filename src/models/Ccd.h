@@ -34,6 +34,8 @@ class Property : public ModelProperty<Registers> {
   explicit Property(LONG type, LONG windowBase = kWindowBase)
       : ModelProperty<Registers>(type), windowBase_(windowBase) {}
 
+  LONG WindowBase() const { return windowBase_; }
+
  private:
   bool WriteSize(LONG offset, LONG value) {
     const LONG address = windowBase_ + offset;
@@ -46,5 +48,35 @@ class Property : public ModelProperty<Registers> {
 
   const LONG windowBase_;
 };
+
+/// A register that takes a whole setting: the bits that it has, and those that go with every value.
+struct SettingRegister {
+  LONG address;
+  LONG mask = 0xFFFF;
+  LONG command = 0;
+};
+
+/// Shutter and gain in one register each.
+template <class Registers, SettingRegister kShutterRegister, SettingRegister kGainRegister>
+class PlainMap : public Property<Registers> {
+ public:
+  HRESULT SetShutter(LONG lines) override { return Set(kShutter, lines, kShutterRegister); }
+  HRESULT SetDigitalGlobalGain(LONG gain) override { return Set(kDigitalGlobalGain, gain, kGainRegister); }
+
+ protected:
+  using Property<Registers>::Property;
+
+ private:
+  HRESULT Set(LONG id, LONG value, const SettingRegister& in) {
+    return this->Adjust(id, value, in.mask,
+                        [&](LONG bits) { return this->SetRegister(in.address, bits | in.command); });
+  }
+};
+
+/// The commonest: shutter in the timing generator, gain in the front end. What lies above the shutter's bits
+/// are commands to the generator.
+template <class Registers, LONG kShutterCommand = 0>
+using Map9A04 =
+    PlainMap<Registers, SettingRegister{0x9A, 0x1FFF, kShutterCommand}, SettingRegister{0x04, 0x3FF}>;
 
 }  // namespace zel::ccd

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "models/Ccd9A04.h"
+#include "models/Ccd.h"
 #include "models/usb3/DiskModel.h"
 
 namespace zel {
 
 /// Settings of the disk-style CCD cameras without binning. Their timing generator and front end decode 8 bits
 /// of an address; what lies above would hit another register.
-class DiskCcdProperty : public ccd9a04::Property<DiskProperty> {
+class DiskCcdProperty : public ccd::Map9A04<DiskProperty> {
  public:
   HRESULT SetRegister(LONG address, LONG value) override {
     if (address < 0 || address > 0xFF) return E_INVALIDARG;
@@ -15,7 +15,7 @@ class DiskCcdProperty : public ccd9a04::Property<DiskProperty> {
   }
 
  protected:
-  using Property::Property;
+  using PlainMap::PlainMap;
 };
 
 }  // namespace zel

@@ -53,7 +53,7 @@ constexpr RegisterField kFpgaGain = WithAnalogGain(In(kFpga + 0x04, 10));
 constexpr Kind kSplitByte = {1, Split6(0x9E, 6), WithAnalogGain(Split6(0x06, 4))};
 constexpr Kind kSplitByte12 = {1, Split6(0x9E, 6), WithAnalogGain(Split8(0x06, 4)), FrontEndGain<4095>};
 constexpr Kind kFpgaByte = {1, kFpgaShutter, kFpgaGain};
-constexpr Kind kFpgaWord = {2, kFpgaShutter, kFpgaGain};
+constexpr Kind kFpgaWord = {2, kFpgaShutter, In(kFpga + 0x04, 16), FrontEndGain<65535>};
 constexpr Kind kFpgaWide = {3, kFpgaShutter, kFpgaGain};
 constexpr Kind kWord9A = {2, In(0x9A, 13), In(0x04, 10)};
 constexpr Kind kWide9A = {3, In(0x9A, 13), WithAnalogGain(In(0x04, 10))};
@@ -69,11 +69,12 @@ constexpr Kind kWord2004 = {2, In(0x2004, 13), In(0x05, 10), FrontEndGain<1023>,
 /// What a camera has besides.
 enum Feature : unsigned {
   kNothing = 0,
-  kFields = 1,       ///< always read out in two fields
-  kTriggered = 2,    ///< by register 0x20
-  kClockHalved = 4,  ///< by register 0x22
-  kMirrors = 8,      ///< by register 0x0A
-  kBinning = 16,     ///< sums pixels; may read out in fields
+  kFields = 1,        ///< always read out in two fields
+  kTriggered = 2,     ///< by register 0x20
+  kClockHalved = 4,   ///< by register 0x22
+  kMirrors = 8,       ///< by register 0x0A
+  kWindowClock = 32,  ///< halved by the register behind those of the window
+  kBinning = 16,      ///< sums pixels; may read out in fields
 };
 
 struct Sheet {
@@ -196,6 +197,7 @@ struct Maps {
     map.fpgaRegisters = kFpga;
     if (has(kTriggered)) map.trigger = In(0x20, 1);
     if (has(kClockHalved)) map.halfClock = In(0x22, 1);
+    if (has(kWindowClock)) map.halfClock = In(static_cast<std::uint16_t>(kind.window + 10), 1);
     if (has(kMirrors)) map.mirrorX = {{{0x0A, 0, 1}}}, map.mirrorY = {{{0x0A, 1, 1}}};
     if (has(kFields)) map.fieldReadout = RegisterMatch{0, 0, 0};
 
