@@ -58,7 +58,6 @@ struct Traits {
   LONG shutterMask = 0x3FFF;  ///< a wider one takes in kShutterHigh
   LONG gainRegister = kGain;
   LONG gainMask = 0x7F;
-  bool strobeOnPort = false;  ///< the first output of the I/O port is the sensor's flash output
 };
 
 /// Shutter, gain, mirrors and trigger of a sensor with this map.

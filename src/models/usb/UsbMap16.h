@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/Map16.h"
+#include "models/usb/StrobePort.h"
 #include "models/usb/UsbModel.h"
 
 namespace zel::map16 {
@@ -30,14 +31,6 @@ class UsbSensor : public Property<UsbProperty> {
     return ReadSwitch(kThreshControl, kAutoThreshBit, kAutoThresh, on);
   }
 
-  /// Outputs in bits 2 and 3.
-  HRESULT SetIO(LONG value) override {
-    if (SensorTraits().strobeOnPort &&
-        FAILED(SwitchBits(kReadMode1, kStrobeBit, (value & kFirstOutput) != 0)))
-      return E_FAIL;
-    return UsbProperty::SetIO(value);
-  }
-
   bool ProgramWindow(const CaptureWindow& window) {
     ReadModes modes;
     if (!GetReadModes(&modes)) return false;
@@ -49,9 +42,9 @@ class UsbSensor : public Property<UsbProperty> {
   explicit UsbSensor(LONG type, const Traits& traits = {}) : Property(type, traits) {
     OfferSwitches({kHorMirror, kVerMirror, kExtTrigger, kHalfClock});
   }
-
- private:
-  static constexpr LONG kFirstOutput = 0x4;
 };
+
+/// The same with the sensor's flash output on the I/O port.
+using StrobedUsbSensor = StrobePort<UsbSensor, kReadMode1, kStrobeBit>;
 
 }  // namespace zel::map16
