@@ -176,7 +176,7 @@ TEST_P(FaultSweep, NoCallThatGoesWrongHarmsTheLibrary) {
 
 INSTANTIATE_TEST_SUITE_P(Families, FaultSweep,
                          testing::Values(Family{1, 'E'}, Family{13, 0}, Family{67, 0}, Family{78, 0},
-                                         Family{98, 0}),
+                                         Family{98, 0}, Family{61, 0}),
                          [](const auto& row) { return "Type" + std::to_string(row.param.type); });
 
 }  // namespace
