@@ -68,6 +68,7 @@ void VirtualCamera::SetBlur(double radius) {
 void VirtualCamera::RestartStream() {
   const std::lock_guard lock(mutex_);
   number_ = 0;
+  armed_.reset();
   lastReady_ = Clock::now();
 }
 
@@ -86,7 +87,7 @@ VirtualCamera::Clock::time_point VirtualCamera::ReadyTime(const Readout& readout
   if (triggerRate_ <= 0) return Clock::time_point::max();
   // The line pulses from the moment of plugging in. The sensor hears the first pulse after it was asked for a
   // frame and has finished the one before.
-  const Clock::time_point armed = std::max({requested, lastReady_, stalledUntil_});
+  const Clock::time_point armed = std::max({armed_.value_or(requested), lastReady_, stalledUntil_});
   const double pulses = std::floor(std::chrono::duration<double>(armed - pluggedIn_).count() * triggerRate_);
   return pluggedIn_ + Seconds((pulses + 1) / triggerRate_) + period;
 }
@@ -128,6 +129,7 @@ DriverError VirtualCamera::AwaitFrame(std::uint32_t milliseconds, Frame* frame) 
   const Clock::time_point requested = Clock::now();
   const Clock::time_point deadline = requested + std::chrono::milliseconds(milliseconds);
   if (unplugged_) return DriverError::NotConnected;
+  if (!armed_) armed_ = requested;
   frame->fault = MeetFaults(requested, FramePeriod(sensor_.Decode(halfClock_ ? 2 : 1)));
 
   while (!unplugged_) {
@@ -136,6 +138,7 @@ DriverError VirtualCamera::AwaitFrame(std::uint32_t milliseconds, Frame* frame) 
     const Clock::time_point now = Clock::now();
     if (ready <= now && ready <= deadline) {
       lastReady_ = ready;
+      armed_.reset();
       ++frames_;
       ++number_;
       std::erase_if(faults_, [this](const SimFault& fault) { return fault.frame == frames_; });
