@@ -8,15 +8,20 @@ namespace zel::map16 {
 
 constexpr LONG kRowStart = 0x01;
 constexpr LONG kColumnStart = 0x02;
-constexpr LONG kRowSize = 0x03;     // rows - 1
-constexpr LONG kColumnSize = 0x04;  // columns - 1
+constexpr LONG kRowSize = 0x03;      // rows - 1
+constexpr LONG kColumnSize = 0x04;   // columns - 1
+constexpr LONG kShutterHigh = 0x08;  // lines, bits 16 to 19
 constexpr LONG kShutterLines = 0x09;
+constexpr LONG kClockControl = 0x0A;
 constexpr LONG kReadMode1 = 0x1E;
 constexpr LONG kReadMode2 = 0x20;
+constexpr LONG kFineGain = 0x2F;  // where the gain has 11 bits
 constexpr LONG kGain = 0x35;
 constexpr LONG kThreshControl = 0x5F;
 
+constexpr LONG kHalfClockBit = 0x0001;       // of kClockControl
 constexpr LONG kTriggerBit = 0x0100;         // of kReadMode1
+constexpr LONG kStrobeBit = 0x0200;          // of kReadMode1: the sensor's flash output
 constexpr LONG kMirrorRowsBit = 0x8000;      // of kReadMode2: vertical mirror
 constexpr LONG kMirrorColumnsBit = 0x4000;   // of kReadMode2: horizontal mirror
 constexpr LONG kMirrorRowsOffMask = 0x7F7F;  // bit 7 belongs to the vertical mirror and goes with it
@@ -48,47 +53,56 @@ constexpr ReadModes SubSampled(ReadModes modes, LONG code) {
   return modes;
 }
 
-/// Mirrors, trigger and the colour phase of a sensor with this map.
+/// What tells the sensors of this map apart.
+struct Traits {
+  LONG shutterMask = 0x3FFF;  ///< a wider one takes in kShutterHigh
+  LONG gainRegister = kGain;
+  LONG gainMask = 0x7F;
+};
+
+/// Shutter, gain, mirrors and trigger of a sensor with this map.
 template <class FamilyProperty>
 class Property : public ModelProperty<FamilyProperty> {
  public:
+  HRESULT SetShutter(LONG lines) override {
+    return this->Adjust(kShutter, lines, traits_.shutterMask, [this](LONG value) {
+      const HRESULT result = this->SetRegister(kShutterLines, value & 0xFFFF);
+      if (FAILED(result) || traits_.shutterMask <= 0xFFFF) return result;
+      return this->SetRegister(kShutterHigh, (value & 0xF0000) >> 16);
+    });
+  }
+
+  HRESULT SetDigitalGlobalGain(LONG gain) override {
+    return this->Adjust(kDigitalGlobalGain, gain, traits_.gainMask,
+                        [this](LONG value) { return this->SetRegister(traits_.gainRegister, value); });
+  }
+
   HRESULT SetHorMirror(LONG on) override {
-    if (FAILED(this->SwitchBits(kReadMode2, kMirrorColumnsBit, on != 0))) return E_FAIL;
-    return FamilyProperty::SetHorMirror(on);
+    const HRESULT result = this->SwitchSetting(kHorMirror, kReadMode2, kMirrorColumnsBit, on);
+    return FAILED(result) ? result : FamilyProperty::SetHorMirror(on);
   }
 
   HRESULT SetVerMirror(LONG on) override {
-    const HRESULT programmed = on != 0 ? this->SwitchBits(kReadMode2, kMirrorRowsBit, true)
-                                       : this->ModifyRegister(kReadMode2, kMirrorRowsOffMask, 0);
-    if (FAILED(programmed)) return E_FAIL;
-    return FamilyProperty::SetVerMirror(on);
+    const HRESULT result = on != 0 ? this->SwitchSetting(kVerMirror, kReadMode2, kMirrorRowsBit, on)
+                                   : this->SwitchSetting(kVerMirror, kReadMode2, ~kMirrorRowsOffMask, on);
+    return FAILED(result) ? result : FamilyProperty::SetVerMirror(on);
   }
 
   HRESULT SetExtTrigger(LONG on) override {
-    if (!this->IsAttached()) return E_FAIL;
-    if (FAILED(this->SwitchBits(kReadMode1, kTriggerBit, on != 0))) return E_FAIL;
-    return FamilyProperty::SetExtTrigger(on);
+    const HRESULT result = this->SwitchSetting(kExtTrigger, kReadMode1, kTriggerBit, on);
+    return FAILED(result) ? result : FamilyProperty::SetExtTrigger(on);
   }
 
   HRESULT GetExtTrigger(LONG* on) override {
+    if (this->Record(kExtTrigger).supported == 0) return FamilyProperty::GetExtTrigger(on);
     return this->ReadSwitch(kReadMode1, kTriggerBit, kExtTrigger, on);
   }
 
-  /// Sub-sampling code k divides both sides by 2 to the power k.
-  HRESULT GetROI(LONG* x, LONG* y, LONG* width, LONG* height) override {
-    const LONG code = this->Record(kSubSampleX).current;
-    Put(x, this->Record(kRoiLeft).current);
-    Put(y, this->Record(kRoiTop).current);
-    Put(width, this->Record(kRoiWidth).current >> code);
-    Put(height, this->Record(kRoiHeight).current >> code);
-    return S_OK;
-  }
+ protected:
+  explicit Property(LONG type, const Traits& traits = {})
+      : ModelProperty<FamilyProperty>(type), traits_(traits) {}
 
-  /// A window that starts at an odd column begins with the neighbour's colour.
-  LONG UpdateDerivedSizes() override {
-    const LONG phase = FamilyProperty::UpdateDerivedSizes();
-    return this->Record(kRoiLeft).current % 2 != 0 ? phase ^ 2 : phase;
-  }
+  const Traits& SensorTraits() const { return traits_; }
 
   bool GetReadModes(ReadModes* modes) {
     return SUCCEEDED(this->GetRegister(kReadMode1, &modes->mode1)) &&
@@ -113,8 +127,8 @@ class Property : public ModelProperty<FamilyProperty> {
            SUCCEEDED(this->SetRegister(kColumnSize, columnSize));
   }
 
- protected:
-  using ModelProperty<FamilyProperty>::ModelProperty;
+ private:
+  const Traits traits_;
 };
 
 }  // namespace zel::map16

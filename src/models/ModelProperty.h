@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 
 #include "models/CaptureWindow.h"
@@ -14,6 +15,13 @@ namespace zel {
 /// Writes the ranges of a row into the records of window, sub-sampling, gain and shutter; `edit` gives access
 /// to one record. Empty fields of the row leave the records as they are.
 void ApplyModelRow(const ModelRow& row, const std::function<PropertyRecord&(LONG id)>& edit);
+
+/// The bits of a value that one register takes, moved down by `shift`.
+struct RegisterPart {
+  LONG address;
+  LONG mask;
+  int shift = 0;
+};
 
 /// Base of a model's property class: the family's property with the ranges of the camera type, and what
 /// models do with registers again and again.
@@ -41,6 +49,33 @@ class ModelProperty : public FamilyProperty {
 
   /// Makes a setting an on/off switch that is off.
   void OfferSwitch(LONG id) { this->Edit(id) = {.minimum = 0, .maximum = 1, .supported = 1}; }
+  void OfferSwitches(std::initializer_list<LONG> ids) {
+    for (const LONG id : ids) OfferSwitch(id);
+  }
+
+  /// The one way in which a setting with a range reaches the sensor: cut to `mask` or clamped to its range,
+  /// as the family does it, given to `program` (an HRESULT of the value), stored when the sensor took it.
+  template <class Program>
+  HRESULT Adjust(LONG id, LONG value, LONG mask, Program program) {
+    if (this->Record(id).supported == 0) return E_NOTIMPL;
+    value = FamilyProperty::kMasksSettings ? value & mask : Clamped(id, value);
+    const HRESULT result = program(value);
+    return FAILED(result) ? result : FamilyProperty::SetProperty(id, value);
+  }
+
+  /// The same, of a switch that is bits of one register; the caller stores it.
+  HRESULT SwitchSetting(LONG id, LONG address, LONG bits, LONG on) {
+    return this->Record(id).supported == 0 ? E_NOTIMPL : SwitchBits(address, bits, on != 0);
+  }
+
+  /// Writes the parts of a value in their order; stops at the first that fails.
+  HRESULT WriteParts(LONG value, std::initializer_list<RegisterPart> parts) {
+    for (const RegisterPart& part : parts) {
+      const HRESULT result = this->SetRegister(part.address, (value & part.mask) >> part.shift);
+      if (FAILED(result)) return result;
+    }
+    return S_OK;
+  }
 
   LONG Clamped(LONG id, LONG value) const {
     return std::clamp(value, this->Record(id).minimum, this->Record(id).maximum);

@@ -115,6 +115,22 @@ void FrameRenderer::ExposeRow(const std::uint16_t* light, std::uint64_t noiseSee
 
 std::size_t FrameRenderer::Render(const Frame& frame, int bytesPerSample, std::span<std::uint8_t> out,
                                   std::size_t pitch) {
+  if (!map_->turned) return RenderUpright(frame, bytesPerSample, out, pitch);
+  const auto width = static_cast<std::size_t>(frame.readout.window.columns);
+  const auto height = static_cast<std::size_t>(frame.readout.window.rows);
+  const auto sampleBytes = static_cast<std::size_t>(bytesPerSample);
+  upright_.resize(width * height * sampleBytes);
+  RenderUpright(frame, bytesPerSample, upright_, 0);
+  const std::size_t samples = std::min(width * height, out.size() / sampleBytes);
+  for (std::size_t n = 0; n < samples; ++n) {
+    const std::size_t from = n % height * width + n / height;
+    std::copy_n(&upright_[from * sampleBytes], sampleBytes, &out[n * sampleBytes]);
+  }
+  return samples * sampleBytes;
+}
+
+std::size_t FrameRenderer::RenderUpright(const Frame& frame, int bytesPerSample, std::span<std::uint8_t> out,
+                                         std::size_t pitch) {
   SelectWindow(frame.readout.window);
   SelectExposure(frame.readout.exposure, frame.readout.gain);
 

@@ -34,6 +34,9 @@ class FrameRenderer {
                      std::size_t pitch = 0);
 
  private:
+  std::size_t RenderUpright(const Frame& frame, int bytesPerSample, std::span<std::uint8_t> out,
+                            std::size_t pitch);
+
   /// What light makes of a sample, in 65536ths of full scale.
   struct Exposed {
     std::uint16_t mean = 0;
@@ -59,7 +62,8 @@ class FrameRenderer {
   std::vector<Exposed> exposed_;          // by light
   std::vector<std::int16_t> noiseTable_;  // in 256ths of the standard deviation
   std::vector<std::uint16_t> markedRow_;
-  std::vector<std::uint16_t> row_;  // samples in 65536ths of full scale
+  std::vector<std::uint8_t> upright_;  // the frame of a turned sensor
+  std::vector<std::uint16_t> row_;     // samples in 65536ths of full scale
 };
 
 }  // namespace zel

@@ -6,7 +6,16 @@ namespace zel {
 
 void Sensor::Reset() {
   registers_.clear();
-  for (const RegisterValue& reset : map_->resetValues) registers_[reset.address] = reset.value;
+  const SensorMap& map = *map_;
+  if (map.reset) {
+    Store(map.left, static_cast<std::uint32_t>(map.leftOffset));
+    Store(map.top, static_cast<std::uint32_t>(map.topOffset));
+    Store(map.columns, static_cast<std::uint32_t>(map.width - map.columnsBias));
+    Store(map.rows, static_cast<std::uint32_t>(map.height - map.rowsBias));
+    Store(map.shutter, map.reset->shutter);
+    Store(map.gain, map.reset->gain);
+  }
+  for (const RegisterValue& reset : map.resetValues) registers_[reset.address] = reset.value;
 }
 
 std::uint32_t Sensor::Read(std::uint32_t address) const {
@@ -21,6 +30,20 @@ std::uint32_t Sensor::Value(const RegisterField& field) const {
     value |= ((Read(bits.address) >> bits.low) & mask) << bits.shift;
   }
   return value;
+}
+
+void Sensor::Store(const RegisterField& field, std::uint32_t value) {
+  for (const RegisterBits& bits : field) {
+    const std::uint32_t mask = ((std::uint32_t{1} << bits.count) - 1) << bits.low;
+    if (mask == 0) continue;
+    std::uint32_t& held = registers_[bits.address];
+    held = (held & ~mask) | (value >> bits.shift << bits.low & mask);
+  }
+}
+
+double Sensor::ShutterLines() const {
+  const std::uint32_t code = Value(map_->shutter);
+  return map_->shutterLines != nullptr ? map_->shutterLines(code) : code;
 }
 
 Readout Sensor::Decode(int clockDivider) const {
@@ -53,12 +76,11 @@ Readout Sensor::Decode(int clockDivider) const {
 
   const Sensor fresh(map);
   const double resetGain = map.gainFactor(fresh.Value(map.gain));
-  const double resetShutter = fresh.Value(map.shutter);
   readout.gain = map.gainFactor(Value(map.gain)) / resetGain;
-  readout.exposure = value(map.shutter) / resetShutter * readout.gain * binX * binY;
+  readout.exposure = ShutterLines() / fresh.ShutterLines() * readout.gain * binX * binY;
 
   const double line = std::max(window.columns + map.lineBlanking, map.shortestLine);
-  const double clocks = std::max(line * window.rows + map.frameBlanking, line * value(map.shutter));
+  const double clocks = std::max(line * window.rows + map.frameBlanking, line * ShutterLines());
   const int divider = value(map.halfClock) != 0 ? 2 * clockDivider : clockDivider;
   readout.frameSeconds = clocks * divider / map.pixelClock;
   return readout;

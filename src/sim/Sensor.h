@@ -58,6 +58,8 @@ class Sensor {
 
  private:
   std::uint32_t Value(const RegisterField& field) const;
+  void Store(const RegisterField& field, std::uint32_t value);
+  double ShutterLines() const;
 
   const SensorMap* map_;
   std::map<std::uint32_t, std::uint32_t> registers_;

@@ -42,6 +42,12 @@ struct RegisterMatch {
   std::uint32_t value;
 };
 
+/// Shutter and gain codes that a sensor has after its reset.
+struct ResetExposure {
+  std::uint32_t shutter;
+  std::uint32_t gain;
+};
+
 /// Sector numbers on the volume of a SATA camera.
 struct VolumeSectors {
   std::uint32_t command = 0;
@@ -55,8 +61,9 @@ struct SensorMap {
   int bits = 8;                              ///< of a sample
   ColourFilter filter = ColourFilter::Grbg;  ///< at pixel (0, 0)
 
-  int addressBytes = 1, valueBytes = 1;        ///< of a register on the sensor bus, high byte first
-  std::span<const RegisterValue> resetValues;  ///< all other registers reset to 0
+  int addressBytes = 1, valueBytes = 1;          ///< of a register on the sensor bus, high byte first
+  std::optional<ResetExposure> reset{};          ///< where the reset also selects the whole sensor
+  std::span<const RegisterValue> resetValues{};  ///< all other registers reset to 0
 
   RegisterField left, top;  ///< window start; the offsets below are that of pixel (0, 0)
   int leftOffset = 0, topOffset = 0;
@@ -68,8 +75,10 @@ struct SensorMap {
   RegisterField binX{}, binY{};                 ///< pairs of columns, of lines are summed
   std::optional<RegisterMatch> fieldReadout{};  ///< even and odd lines one after the other, unless binned
   RegisterField oddFieldFirst{};
+  bool turned = false;  ///< the sensor stands on its side: it reads the picture's columns as its rows
 
-  RegisterField shutter;  ///< lines
+  RegisterField shutter;
+  double (*shutterLines)(std::uint32_t code) = nullptr;  ///< none: the code is lines
   RegisterField gain;
   double (*gainFactor)(std::uint32_t code) = nullptr;
   /// Exposure of the brightest scene at reset values, as a part of full scale.

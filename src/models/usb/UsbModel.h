@@ -1,11 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "common/BytePacking.h"
 #include "models/ModelProperty.h"
+#include "models/usb/UsbProperty.h"
 #include "transport/usb/CZELDeviceImplUSB.h"
-#include "transport/usb/CZELDevicePropertyImplUSB.h"
 
 namespace zel {
 
@@ -14,6 +15,7 @@ struct UsbTiming {
   LONG lineBlanking = 0;
   LONG shortestLine = 0;
   LONG frameExtra = 0;
+  bool sendsBlanking = false;  ///< the transfer is as long as the lines with their blanking
 };
 
 /// Capture preparation of a USB 2.0 model: sensor window, frame arithmetic, transfer. A model has a
@@ -21,35 +23,51 @@ struct UsbTiming {
 template <class Model>
 class UsbModel : public CZELDeviceImplUSB {
  public:
-  LONG PrepareCapture() override {
-    // After a failure nothing may be read into buffers that were never made.
-    frame_ = {.useAltRead = frame_.useAltRead};
-    geometry_ = {};
-    auto& property = static_cast<Model*>(this)->property_;
-    const auto window = property.WantedWindow();
-    if (!window || !property.ProgramWindow(*window)) return 0;
-    LayOut(*window);
-    return CZELDeviceImplUSB::PrepareCapture();
+  LONG PrepareCapture() override { return PrepareSensor() ? CZELDeviceImplUSB::PrepareCapture() : 0; }
+
+  LONG ReadFrame(unsigned char* buffer) override {
+    return ReadTransfer(buffer, frame_.expectedBytes, ReadKind());
   }
 
  protected:
   UsbModel() { frame_.useAltRead = true; }
 
+  /// Everything before the transfer's own preparation. False also for a window whose frame can't be read.
+  bool PrepareSensor() {
+    // After a failure nothing may be read into buffers that were never made.
+    frame_ = {.useAltRead = frame_.useAltRead};
+    geometry_ = {};
+    auto& property = static_cast<Model*>(this)->property_;
+    const auto window = property.WantedWindow();
+    if (!window || TransferBytes(*window) <= 0 || !property.ProgramWindow(*window)) return false;
+    LayOut(*window);
+    return true;
+  }
+
  private:
   static constexpr std::int64_t kTransferUnit = 1024;
 
+  static std::int64_t LineClocks(LONG width) {
+    return std::max<std::int64_t>(std::int64_t{width} + Model::kTiming.lineBlanking,
+                                  Model::kTiming.shortestLine);
+  }
+
+  /// At a byte per sample; not above 0 where there is no frame to read.
+  static std::int64_t TransferBytes(const CaptureWindow& window) {
+    if (!Model::kTiming.sendsBlanking) return std::int64_t{window.width} * window.height;
+    return (LineClocks(window.width) - 2) * (window.height - 2) + Model::kTiming.frameExtra;
+  }
+
   /// The controller packs the picture's rows at the start of the transfer.
   void LayOut(const CaptureWindow& window) {
-    constexpr UsbTiming kTiming = Model::kTiming;
-    const LONG line = std::max(window.width + kTiming.lineBlanking, kTiming.shortestLine);
-    const std::int64_t clocks = std::int64_t{line} * window.height + kTiming.frameExtra;
-    const std::int64_t bytes = std::int64_t{window.width} * window.height;
-    frame_ = {.frameClocks = static_cast<LONG>(RoundUp(clocks, kTransferUnit)),
-              .frameExtra = kTiming.frameExtra,
-              .lineLength = line,
+    constexpr LONG kFrameExtra = Model::kTiming.frameExtra;
+    const std::int64_t line = LineClocks(window.width);
+    frame_ = {.frameClocks = static_cast<LONG>(RoundUp(line * window.height + kFrameExtra, kTransferUnit)),
+              .frameExtra = kFrameExtra,
+              .lineLength = static_cast<LONG>(line),
               .roiWidth = window.width,
               .roiHeight = window.height,
-              .expectedBytes = static_cast<LONG>(RoundUp(bytes, kTransferUnit)),
+              .expectedBytes = static_cast<LONG>(RoundUp(TransferBytes(window), kTransferUnit)),
               .useAltRead = frame_.useAltRead};
     geometry_ = {.transferPixels = frame_.expectedBytes,
                  .width = window.width,

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "models/ModelProperty.h"
+#include "models/usb3/DiskProperty.h"
 #include "transport/usb3/CZELDeviceImplUSB3.h"
-#include "transport/usb3/CZELDevicePropertyImplUSB3.h"
 
 namespace zel {
 

@@ -4,8 +4,8 @@
 
 #include "common/BytePacking.h"
 #include "models/ModelProperty.h"
+#include "models/wom/WomProperty.h"
 #include "transport/wom/CZELDeviceImplWOM.h"
-#include "transport/wom/CZELDevicePropertyImplWOM.h"
 
 namespace zel {
 

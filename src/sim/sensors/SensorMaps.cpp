@@ -5,7 +5,8 @@
 namespace zel {
 
 const SensorMap* FindSensorMap(int type) {
-  for (const auto& maps : {Map16Sensors(), Map3040Sensors(), CcdSensors(), SataSensors(), OtherSensors()}) {
+  for (const auto& maps : {Map16Sensors(), Map3040Sensors(), WideVgaSensors(), ByteSensors(), CcdSensors(),
+                           SataSensors(), OtherSensors()}) {
     const auto found = std::ranges::find(maps, type, &SensorMap::type);
     if (found != maps.end()) return &*found;
   }

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "models/ModelProperty.h"
+
+/// The register map of the line's 752 x 480 CMOS sensor: 16-bit registers, mirrors and sub-sampling in the
+/// read mode.
+namespace zel::wide_vga {
+
+constexpr LONG kColumnStart = 0x01;
+constexpr LONG kRowStart = 0x02;
+constexpr LONG kRows = 0x03;
+constexpr LONG kColumns = 0x04;
+constexpr LONG kShutterLines = 0x0B;
+constexpr LONG kReadMode = 0x0D;
+constexpr LONG kGain = 0x35;
+
+constexpr LONG kMirrorRowsBit = 0x0010;     // of kReadMode
+constexpr LONG kMirrorColumnsBit = 0x0020;  // of kReadMode
+constexpr LONG kBinningMask = 0x000F;       // of kReadMode: rows in bits 0 and 1, columns in 2 and 3
+
+constexpr LONG kShutterMask = 0x7FFF;
+constexpr LONG kGainMask = 0x7F;
+
+// Dark columns and rows before the picture.
+constexpr LONG kFirstColumn = 1;
+constexpr LONG kFirstRow = 4;
+
+/// How the sensor stands in the camera. On its side, its rows are the picture's columns.
+enum class Mounting { Upright, OnItsSide };
+
+/// Window, shutter, gain and mirrors of a sensor with this map.
+template <class FamilyProperty>
+class Property : public ModelProperty<FamilyProperty> {
+ public:
+  HRESULT SetShutter(LONG lines) override {
+    return this->Adjust(kShutter, lines, kShutterMask,
+                        [this](LONG value) { return this->SetRegister(kShutterLines, value); });
+  }
+
+  HRESULT SetDigitalGlobalGain(LONG gain) override {
+    return this->Adjust(kDigitalGlobalGain, gain, kGainMask,
+                        [this](LONG value) { return this->SetRegister(kGain, value); });
+  }
+
+  HRESULT SetHorMirror(LONG on) override {
+    const LONG bit = IsUpright() ? kMirrorColumnsBit : kMirrorRowsBit;
+    const HRESULT result = this->SwitchSetting(kHorMirror, kReadMode, bit, on);
+    return FAILED(result) ? result : FamilyProperty::SetHorMirror(on);
+  }
+
+  HRESULT SetVerMirror(LONG on) override {
+    const LONG bit = IsUpright() ? kMirrorRowsBit : kMirrorColumnsBit;
+    const HRESULT result = this->SwitchSetting(kVerMirror, kReadMode, bit, on);
+    return FAILED(result) ? result : FamilyProperty::SetVerMirror(on);
+  }
+
+  bool ProgramWindow(const CaptureWindow& window) {
+    const CaptureWindow onSensor =
+        IsUpright() ? window : CaptureWindow{window.y, window.x, window.height, window.width};
+    const LONG code = this->Record(kSubSampleX).current;
+    return SUCCEEDED(this->SetRegister(kColumnStart, onSensor.x + kFirstColumn)) &&
+           SUCCEEDED(this->SetRegister(kRowStart, onSensor.y + kFirstRow)) &&
+           SUCCEEDED(this->SetRegister(kRows, onSensor.height)) &&
+           SUCCEEDED(this->SetRegister(kColumns, onSensor.width)) &&
+           SUCCEEDED(this->ModifyRegister(kReadMode, ~kBinningMask, code | code << 2));
+  }
+
+ protected:
+  explicit Property(LONG type, Mounting mounting = Mounting::Upright)
+      : ModelProperty<FamilyProperty>(type), mounting_(mounting) {}
+
+ private:
+  bool IsUpright() const { return mounting_ == Mounting::Upright; }
+
+  const Mounting mounting_;
+};
+
+}  // namespace zel::wide_vga

@@ -1,0 +1,75 @@
+#include "models/FinalDevice.h"
+#include "models/usb3t2/Usb3T2Model.h"
+
+namespace zel {
+namespace {
+
+constexpr LONG kSkipping = 0x06;  // the sub-sampling code
+constexpr LONG kMirrors = 0x07;
+constexpr LONG kMirrorRowsBit = 0x01;
+constexpr LONG kMirrorColumnsBit = 0x02;
+constexpr LONG kClockControl = 0x0B;  // 1: half the clock
+
+// Values in bytes, low byte first.
+constexpr LONG kGain = 0x14;          // tenths of a decibel
+constexpr LONG kShutterLines = 0x20;  // three bytes
+constexpr LONG kRowStart = 0x3A;
+constexpr LONG kRows = 0x3C;
+constexpr LONG kColumnStart = 0x3E;
+constexpr LONG kColumns = 0x40;
+
+}  // namespace
+
+/// 1280 x 960 sensor with registers of one byte, behind the FX3 controller.
+class CZELModel96 : public AutoExposedModel<CZELModel96> {
+ public:
+  static constexpr LONG kType = 96;
+
+  class CPropertyImpl : public ModelProperty<Usb3T2Property> {
+   public:
+    CPropertyImpl() : ModelProperty(kType) {
+      OfferSwitches({kHorMirror, kVerMirror, kHalfClock, kAuxValue3, kAuxValue4});
+    }
+
+    HRESULT SetShutter(LONG lines) override {
+      return Adjust(kShutter, lines, 0xFFFFFF, [this](LONG value) {
+        return WriteParts(
+            value,
+            {{kShutterLines, 0xFF}, {kShutterLines + 1, 0xFF00, 8}, {kShutterLines + 2, 0xFF0000, 16}});
+      });
+    }
+
+    HRESULT SetDigitalGlobalGain(LONG gain) override {
+      return Adjust(kDigitalGlobalGain, gain, 0x3FF, [this](LONG value) {
+        return WriteParts(value, {{kGain, 0xFF}, {kGain + 1, 0x300, 8}});
+      });
+    }
+
+    HRESULT SetHorMirror(LONG on) override {
+      const HRESULT result = SwitchSetting(kHorMirror, kMirrors, kMirrorColumnsBit, on);
+      return FAILED(result) ? result : Usb3T2Property::SetHorMirror(on);
+    }
+    HRESULT SetVerMirror(LONG on) override {
+      const HRESULT result = SwitchSetting(kVerMirror, kMirrors, kMirrorRowsBit, on);
+      return FAILED(result) ? result : Usb3T2Property::SetVerMirror(on);
+    }
+
+    bool ProgramWindow(const CaptureWindow& window) {
+      const std::pair<LONG, LONG> values[] = {
+          {kColumnStart, window.x}, {kRowStart, window.y}, {kColumns, window.width}, {kRows, window.height}};
+      for (const auto& [address, value] : values) {
+        if (FAILED(WriteParts(value, {{address, 0xFF}, {address + 1, 0xFF00, 8}}))) return false;
+      }
+      return SUCCEEDED(SetRegister(kSkipping, Record(kSubSampleX).current)) &&
+             SUCCEEDED(SetRegister(kClockControl, Record(kHalfClock).current != 0));
+    }
+  };
+
+  CPropertyImpl property_;
+};
+
+CZELDevice* CreateModel96() {
+  return NewDevice<CZELModel96>();
+}
+
+}  // namespace zel

@@ -1,0 +1,72 @@
+#include "models/FinalDevice.h"
+#include "models/usb3t2/Usb3T2Model.h"
+
+namespace zel {
+namespace {
+
+constexpr LONG kGain = 0x35;
+constexpr LONG kShutterStep = 0x36;  // each of its four steps doubles the exposure
+constexpr LONG kShutterMask = 0x3;
+constexpr LONG kClockControl = 0x3036;  // 1: half the clock
+constexpr LONG kColumnStart = 0x3800;
+constexpr LONG kRowStart = 0x3802;
+constexpr LONG kColumns = 0x3808;
+constexpr LONG kRows = 0x380A;
+constexpr LONG kSkipping = 0x3814;  // the sub-sampling code
+constexpr LONG kMirrorRows = 0x3820;
+constexpr LONG kMirrorColumns = 0x3821;
+constexpr LONG kMirrorBit = 0x02;  // of both
+
+}  // namespace
+
+/// 1280 x 720 sensor with an exposure in steps, behind the FX3 controller.
+class CZELModel97 : public AutoExposedModel<CZELModel97> {
+ public:
+  static constexpr LONG kType = 97;
+
+  class CPropertyImpl : public ModelProperty<Usb3T2Property> {
+   public:
+    CPropertyImpl() : ModelProperty(kType) {
+      OfferSwitches({kHorMirror, kVerMirror, kHalfClock, kAuxValue3, kAuxValue4});
+    }
+
+    HRESULT SetShutter(LONG step) override {
+      return Adjust(kShutter, step, kShutterMask,
+                    [this](LONG value) { return SetRegister(kShutterStep, value & kShutterMask); });
+    }
+
+    HRESULT SetDigitalGlobalGain(LONG gain) override {
+      return Adjust(kDigitalGlobalGain, gain, 0x3F, [this](LONG value) { return SetRegister(kGain, value); });
+    }
+
+    HRESULT SetHorMirror(LONG on) override {
+      const HRESULT result = SwitchSetting(kHorMirror, kMirrorColumns, kMirrorBit, on);
+      return FAILED(result) ? result : Usb3T2Property::SetHorMirror(on);
+    }
+    HRESULT SetVerMirror(LONG on) override {
+      const HRESULT result = SwitchSetting(kVerMirror, kMirrorRows, kMirrorBit, on);
+      return FAILED(result) ? result : Usb3T2Property::SetVerMirror(on);
+    }
+
+    bool ProgramWindow(const CaptureWindow& window) {
+      const std::pair<LONG, LONG> writes[] = {{kColumnStart, window.x},
+                                              {kRowStart, window.y},
+                                              {kColumns, window.width},
+                                              {kRows, window.height},
+                                              {kSkipping, Record(kSubSampleX).current},
+                                              {kClockControl, Record(kHalfClock).current != 0}};
+      for (const auto& [address, value] : writes) {
+        if (FAILED(SetRegister(address, value))) return false;
+      }
+      return true;
+    }
+  };
+
+  CPropertyImpl property_;
+};
+
+CZELDevice* CreateModel97() {
+  return NewDevice<CZELModel97>();
+}
+
+}  // namespace zel

@@ -1,0 +1,92 @@
+#include <atomic>
+
+#include "models/ByteExposure.h"
+#include "models/FinalDevice.h"
+#include "models/wom/WomModel.h"
+
+namespace zel {
+namespace {
+
+constexpr LONG kMirrors = 0x01;
+constexpr LONG kMirrorRowsBit = 0x01;
+constexpr LONG kMirrorColumnsBit = 0x02;
+constexpr LONG kTriggerBit = 0x80;  // of the control register
+
+// The window, low byte first in each pair.
+constexpr LONG kColumnStart = 0x10;
+constexpr LONG kRowStart = 0x12;
+constexpr LONG kColumns = 0x14;
+constexpr LONG kRows = 0x16;
+constexpr LONG kSkipping = 0x18;  // the sub-sampling code
+
+}  // namespace
+
+/// 1328 x 1048 sensor with registers of one byte, behind the WOM controller and FPGA. A setting of several
+/// bytes may change in the middle of a frame, which is then not shown.
+class CZELModel68 : public WomModel<CZELModel68> {
+ public:
+  static constexpr LONG kType = 68;
+
+  class CPropertyImpl : public ByteExposure<ModelProperty<WomProperty>> {
+   public:
+    CPropertyImpl() : ByteExposure(kType) { OfferSwitches({kHorMirror, kVerMirror, kExtTrigger}); }
+
+    HRESULT SetRegister(LONG address, LONG value) override {
+      return SetRegisterB(static_cast<unsigned char>(address), static_cast<unsigned char>(value));
+    }
+    HRESULT GetRegister(LONG address, LONG* value) override {
+      return GetRegisterB(static_cast<unsigned char>(address), value);
+    }
+
+    HRESULT SetShutter(LONG lines) override {
+      tornFrame_ = true;
+      return ByteExposure::SetShutter(lines);
+    }
+    HRESULT SetDigitalGlobalGain(LONG gain) override {
+      tornFrame_ = true;
+      return ByteExposure::SetDigitalGlobalGain(gain);
+    }
+
+    HRESULT SetHorMirror(LONG on) override {
+      const HRESULT result = SwitchSetting(kHorMirror, kMirrors, kMirrorColumnsBit, on);
+      return FAILED(result) ? result : WomProperty::SetHorMirror(on);
+    }
+    HRESULT SetVerMirror(LONG on) override {
+      const HRESULT result = SwitchSetting(kVerMirror, kMirrors, kMirrorRowsBit, on);
+      return FAILED(result) ? result : WomProperty::SetVerMirror(on);
+    }
+    HRESULT SetExtTrigger(LONG on) override {
+      const HRESULT result = SwitchSetting(kExtTrigger, kControl, kTriggerBit, on);
+      return FAILED(result) ? result : WomProperty::SetExtTrigger(on);
+    }
+
+    bool ProgramWindow(const CaptureWindow& window) {
+      const std::pair<LONG, LONG> values[] = {
+          {kColumnStart, window.x}, {kRowStart, window.y}, {kColumns, window.width}, {kRows, window.height}};
+      for (const auto& [address, value] : values) {
+        if (FAILED(WriteParts(value, {{address, 0xFF}, {address + 1, 0xFF00, 8}}))) return false;
+      }
+      tornFrame_ = false;
+      return SUCCEEDED(SetRegister(kSkipping, Record(kSubSampleX).current));
+    }
+
+    /// Whether a setting has changed since the last call. A triggered camera exposes between settings.
+    bool TakeTornFrame() { return tornFrame_.exchange(false) && Record(kExtTrigger).current == 0; }
+
+   private:
+    std::atomic<bool> tornFrame_ = false;
+  };
+
+  LONG ReadFrame(unsigned char* buffer) override {
+    if (property_.TakeTornFrame() && CZELDeviceImplWOM::ReadFrame(buffer) == 0) return 0;
+    return CZELDeviceImplWOM::ReadFrame(buffer);
+  }
+
+  CPropertyImpl property_;
+};
+
+CZELDevice* CreateModel68() {
+  return NewDevice<CZELModel68>();
+}
+
+}  // namespace zel
