@@ -43,7 +43,8 @@ void Sensor::Store(const RegisterField& field, std::uint32_t value) {
 
 double Sensor::ShutterLines() const {
   const std::uint32_t code = Value(map_->shutter);
-  return map_->shutterLines != nullptr ? map_->shutterLines(code) : code;
+  const double lines = map_->shutterLines != nullptr ? map_->shutterLines(code) : code;
+  return lines + map_->shutterOffset;
 }
 
 Readout Sensor::Decode(int clockDivider) const {

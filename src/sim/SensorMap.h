@@ -77,8 +77,13 @@ struct SensorMap {
   RegisterField oddFieldFirst{};
   bool turned = false;  ///< the sensor stands on its side: it reads the picture's columns as its rows
 
+  /// Where the registers of the FPGA between sensor and controller stand among those of the sensor, in
+  /// cameras whose FPGA makes the sensor's timing.
+  std::optional<std::uint16_t> fpgaRegisters{};
+
   RegisterField shutter;
   double (*shutterLines)(std::uint32_t code) = nullptr;  ///< none: the code is lines
+  int shutterOffset = 0;  ///< lines that every exposure takes besides
   RegisterField gain;
   double (*gainFactor)(std::uint32_t code) = nullptr;
   /// Exposure of the brightest scene at reset values, as a part of full scale.

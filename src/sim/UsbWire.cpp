@@ -284,6 +284,8 @@ DriverResult UsbWire::ReadHalfClock(const Packet&) {
 
 DriverResult UsbWire::WriteFpga(const Packet& packet) {
   fpga_[packet[1]] = FromBytes16(packet[2], packet[3]);
+  if (const auto first = Camera().Map().fpgaRegisters)
+    Camera().WriteRegister(static_cast<std::uint32_t>(*first) + packet[1], fpga_[packet[1]]);
   return Accept();
 }
 
