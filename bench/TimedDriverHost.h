@@ -43,8 +43,11 @@ class TimedDriverHost : public PassingDriverHost {
 
   class Transfer : public PendingControl {
    public:
-    Transfer(TimedDriverHost& host, std::unique_ptr<PendingControl> next) : host_(host), next_(std::move(next)) {}
-    ~Transfer() override { host_.Timed([this] { next_.reset(); }); }
+    Transfer(TimedDriverHost& host, std::unique_ptr<PendingControl> next)
+        : host_(host), next_(std::move(next)) {}
+    ~Transfer() override {
+      host_.Timed([this] { next_.reset(); });
+    }
     Waited Wait(std::uint32_t milliseconds) override {
       return host_.Timed([&] { return next_->Wait(milliseconds); });
     }
@@ -63,8 +66,11 @@ class TimedDriverHost : public PassingDriverHost {
   class Handle : public DriverHandle {
    public:
     Handle(TimedDriverHost& host, std::unique_ptr<DriverHandle> next) : host_(host), next_(std::move(next)) {}
-    ~Handle() override { host_.Timed([this] { next_.reset(); }); }
-    DriverResult Control(std::uint32_t code, std::span<const std::uint8_t> in, std::span<std::uint8_t> out) override {
+    ~Handle() override {
+      host_.Timed([this] { next_.reset(); });
+    }
+    DriverResult Control(std::uint32_t code, std::span<const std::uint8_t> in,
+                         std::span<std::uint8_t> out) override {
       return host_.Moved(host_.Timed([&] { return next_->Control(code, in, out); }));
     }
     std::unique_ptr<PendingControl> BeginControl(std::uint32_t code, std::span<const std::uint8_t> in,

@@ -1,6 +1,6 @@
-// What the library costs a capture, family by family: frames per second through the simulated camera beside the
-// time that the same bytes take by memcpy, the library's own part of a frame, allocations, and the time from a
-// frame's arrival to its callback.
+// What the library costs a capture, family by family: frames per second through the simulated camera beside
+// the time that the same bytes take by memcpy, the library's own part of a frame, allocations, and the time
+// from a frame's arrival to its callback.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -34,12 +34,24 @@ void* Allocate(std::size_t bytes) {
 
 }  // namespace
 
-void* operator new(std::size_t bytes) { return Allocate(bytes); }
-void* operator new[](std::size_t bytes) { return Allocate(bytes); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new(std::size_t bytes) {
+  return Allocate(bytes);
+}
+void* operator new[](std::size_t bytes) {
+  return Allocate(bytes);
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
 
 namespace zel {
 namespace {
@@ -90,7 +102,8 @@ class PlayingCamera {
 void Frames(benchmark::State& state, LONG type) {
   PlayingCamera playing(type, kDeliverOnDemand, true);
   COrvaneImage& image = *playing.Camera().GetImage();
-  const auto pixels = static_cast<std::size_t>(image.GetWidth()) * static_cast<std::size_t>(image.GetHeight());
+  const auto pixels =
+      static_cast<std::size_t>(image.GetWidth()) * static_cast<std::size_t>(image.GetHeight());
   std::vector<unsigned char> unused(pixels * 4);
   while (playing.Camera().GetData(unused.data(), 0) != S_OK) {
   }
@@ -190,7 +203,9 @@ void Latency(benchmark::State& state, LONG type) {
 void RegisterAll() {
   for (const LONG type : {13, 78, 98, 67, 1}) {
     const std::string name = std::string(FamilyName(ModelOf(type).family)) + "_" + std::to_string(type);
-    benchmark::RegisterBenchmark(("frames/" + name).c_str(), Frames, type)->Unit(benchmark::kMillisecond)->UseRealTime();
+    benchmark::RegisterBenchmark(("frames/" + name).c_str(), Frames, type)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::RegisterBenchmark(("memcpy/" + name).c_str(), Copy, type)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(("overhead/" + name).c_str(), Overhead, type)
         ->Unit(benchmark::kMicrosecond)
