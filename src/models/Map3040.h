@@ -101,8 +101,7 @@ class Property : public ModelProperty<FamilyProperty> {
                             SUCCEEDED(this->SetRegister(kColumns, window.width)) &&
                             SUCCEEDED(this->SetRegister(kRows, window.height)) &&
                             SUCCEEDED(this->SetRegister(kReadMode, mode));
-    const PropertyRecord& trigger = this->Record(kExtTrigger);
-    return programmed && (trigger.supported == 0 || SUCCEEDED(ProgramTrigger(trigger.current != 0)));
+    return programmed && SUCCEEDED(RepeatLongShutter()) && SUCCEEDED(RepeatTrigger());
   }
 
  protected:
@@ -125,6 +124,18 @@ class Property : public ModelProperty<FamilyProperty> {
     return this->SetRegister(traits_.shutter, std::max(lines, traits_.leastLines) & 0xFFFF);
   }
 
+  HRESULT RepeatLongShutter() {
+    const PropertyRecord& shutter = this->Record(kShutter);
+    if (shutter.maximum <= 0xFFFF) return S_OK;
+    shutterHigh_ = -1;
+    return ProgramShutter(shutter.current);
+  }
+
+  HRESULT RepeatTrigger() {
+    const PropertyRecord& trigger = this->Record(kExtTrigger);
+    return trigger.supported != 0 ? ProgramTrigger(trigger.current != 0) : S_OK;
+  }
+
   HRESULT SetClockDividers(bool half) {
     return this->WriteParts(half ? map3040::kHalfClock : kFullClock,
                             {{kPixelClockDivider, 0xF}, {kOutputClockDivider, 0xF}});
@@ -132,7 +143,7 @@ class Property : public ModelProperty<FamilyProperty> {
 
  private:
   const Traits traits_;
-  LONG shutterHigh_ = 0;  ///< as the sensor holds it
+  LONG shutterHigh_ = 0;  ///< as the sensor holds it; -1: not known
 };
 
 /// A sensor that divides its clock itself, at once.

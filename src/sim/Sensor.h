@@ -19,9 +19,12 @@ struct ReadoutWindow {
 
   bool operator==(const ReadoutWindow&) const = default;
 
-  /// The sensor column or row (it may lie outside) that picture column or row `n` shows.
-  int SensorColumn(int n) const { return left + Step(mirrorX ? columns - 1 - n : n, skipX); }
-  int SensorRow(int n) const { return top + Step(mirrorY ? rows - 1 - n : n, skipY); }
+  /// The sensor column or row (it may lie outside) that picture column or row `n` shows. Mirrored, the sensor
+  /// reads from the window's far end.
+  int SensorColumn(int n) const {
+    return left + (mirrorX ? columns * skipX - 1 - Step(n, skipX) : Step(n, skipX));
+  }
+  int SensorRow(int n) const { return top + (mirrorY ? rows * skipY - 1 - Step(n, skipY) : Step(n, skipY)); }
 
   /// The picture row that leaves the sensor as the n-th.
   int PictureRow(int n) const {

@@ -1,86 +1,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "device/CZELDeviceImpl.h"
-#include "imaging/COrvaneImage.h"
-#include "models/Factory.h"
 #include "models/ModelExpectations.h"
-#include "platform/PassingDriverHost.h"
-#include "property/CZELDevicePropertyImpl.h"
+#include "models/OpenedCamera.h"
 #include "sim/SensorMap.h"
-#include "sim/SimDriverHost.h"
 
 namespace zel {
 namespace {
 
 using test::Expectation;
-
-/// Writes down which registers are accessed.
-class RegisterLog : public PassingDriverHost {
- public:
-  using PassingDriverHost::PassingDriverHost;
-  void NoteRegister(RegisterAccess access, std::uint32_t address, std::uint32_t value) override {
-    char text[40];
-    std::snprintf(text, sizeof(text), "%s%s %X=%X", log_.empty() ? "" : "; ",
-                  access == RegisterAccess::Read ? "read" : "write", address, value);
-    log_ += text;
-  }
-  void Sleep(std::uint32_t) override {}
-  std::string Take() { return std::exchange(log_, {}); }
-
- private:
-  std::string log_;
-};
-
-/// A simulated camera of a type, opened.
-class OpenedCamera {
- public:
-  explicit OpenedCamera(LONG type) : camera_(CreateDeviceForType(static_cast<std::uint32_t>(type))) {
-    SimConfiguration computer;
-    const int index = ModelOf(type).family == Family::Sata ? 'E' : 0;
-    address_ = {static_cast<int>(type), index};
-    computer.cameras = {address_};
-    computer.framesPerSecond = 0;
-    std::string error;
-    sim_ = SimDriverHost::Create(computer, &error);
-    EXPECT_NE(sim_, nullptr) << error;
-    log_ = std::make_unique<RegisterLog>(*sim_);
-    installed_ = std::make_unique<ScopedDriverHost>(*log_);
-    EXPECT_EQ(camera_->OpenCamera(index), 1);
-    log_->Take();
-  }
-
-  /// Plays and reads a frame.
-  bool Prepares() {
-    Device().SetBufferSamples(kDeliverOnDemand);
-    if (Device().Play() != 1) return false;
-    COrvaneImage& image = *Device().GetImage();
-    std::vector<std::uint8_t> picture(static_cast<std::size_t>(image.GetStride()) *
-                                      static_cast<std::size_t>(image.GetHeight()));
-    // The first frame that a process reads from a disk-style camera is not shown.
-    const bool came =
-        Device().GetData(picture.data(), 0) == S_OK || Device().GetData(picture.data(), 0) == S_OK;
-    return Device().Stop() == 1 && came;
-  }
-
-  CZELDeviceImpl& Device() { return dynamic_cast<CZELDeviceImpl&>(*camera_); }
-  CZELDevicePropertyImpl& Property() { return Device().PropertyStore(); }
-  std::string TakeLog() { return log_->Take(); }
-  std::vector<std::string> ProtocolErrors() { return sim_->Camera(address_)->ProtocolErrors(); }
-
- private:
-  SimCameraAddress address_;
-  std::unique_ptr<SimDriverHost> sim_;
-  std::unique_ptr<RegisterLog> log_;
-  std::unique_ptr<ScopedDriverHost> installed_;
-  std::unique_ptr<CZELDevice> camera_;
-};
+using test::OpenedCamera;
 
 class EveryFamily : public testing::TestWithParam<Family> {};
 

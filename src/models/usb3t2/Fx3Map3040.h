@@ -15,7 +15,7 @@ class Fx3Sensor : public Property<Usb3T2Property> {
 
  protected:
   explicit Fx3Sensor(LONG type) : Property(type, {.shutter = kNativeShutter, .gainCode = FixedStageGain}) {
-    OfferSwitches({kHorMirror, kVerMirror, zel::kHalfClock, kAuxValue3, kAuxValue4});
+    OfferSwitches({kHorMirror, kVerMirror, zel::kHalfClock});
   }
 
  private:

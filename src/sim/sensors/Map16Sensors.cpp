@@ -40,7 +40,7 @@ constexpr SensorMap Sensor16(const char16_t* family, int type, PixelSize size, R
       .trigger = Bit(0x1E, 8),
       .halfClock = Bit(0x0A, 0),
       .skips = kSkips,
-      .shutter = {{{0x09, 0, 16, 0}, {0x08, 0, 4, 16}}},
+      .shutter = {{{0x09, 0, 14}}},
       .gain = gain,
       .gainFactor = LinearGain,
       .pixelClock = PixelClockOf(size),
@@ -48,6 +48,12 @@ constexpr SensorMap Sensor16(const char16_t* family, int type, PixelSize size, R
       .shortestLine = 553,
       .frameBlanking = 241,
   };
+}
+
+/// With all 20 bits of the shutter.
+constexpr SensorMap LongShutter(SensorMap map) {
+  map.shutter = {{{0x09, 0, 16, 0}, {0x08, 0, 4, 16}}};
+  return map;
 }
 
 /// Behind a controller that addresses registers with 16 bits.
@@ -60,22 +66,22 @@ constexpr SensorMap Wide(SensorMap map, std::uint16_t modelCode = 0) {
 constexpr SensorMap kSensors[] = {
     Sensor16(u"Usb", 13, {1280, 1024}, {1049, 14}),
     Sensor16(u"Usb", 14, {1280, 1024}, {1049, 14}),
-    Sensor16(u"Usb", 15, {1668, 1248}, {1232, 32}, kFineGain),
+    LongShutter(Sensor16(u"Usb", 15, {1668, 1248}, {1232, 32}, kFineGain)),
     Sensor16(u"Usb", 24, {1600, 1200}, {1049, 14}),
     Sensor16(u"Usb", 26, {2048, 1536}, {1049, 14}),
-    Sensor16(u"Usb", 28, {2560, 1920}, {100, 14}),
+    LongShutter(Sensor16(u"Usb", 28, {2560, 1920}, {100, 14})),
     Sensor16(u"Usb", 31, {1600, 1200}, {1049, 14}),
     Sensor16(u"Usb", 34, {1440, 1080}, {1049, 14}),
     Sensor16(u"Usb", 46, {2048, 1536}, {1049, 14}),
-    Sensor16(u"Usb", 48, {1600, 1200}, {1232, 32}, kFineGain),
+    LongShutter(Sensor16(u"Usb", 48, {1600, 1200}, {1232, 32}, kFineGain)),
     Sensor16(u"Usb", 73, {1328, 1048}, {1049, 14}),
     Sensor16(u"Usb", 88, {1280, 1024}, {200, 18}),
     Sensor16(u"Wom", 59, {2048, 1536}, {1049, 14}),
-    Sensor16(u"Wom", 65, {2560, 1920}, {1049, 14}),
-    Sensor16(u"Wom", 67, {1280, 1024}, {1049, 14}),
-    Wide(Sensor16(u"Disk", 45, {2560, 1920}, {100, 14}), 0x0250),
-    Wide(Sensor16(u"Fx", 89, {2560, 1920}, {1049, 14})),
-    Wide(Sensor16(u"Fx", 98, {3096, 2080}, {1049, 14})),
+    LongShutter(Sensor16(u"Wom", 65, {2560, 1920}, {1049, 14})),
+    LongShutter(Sensor16(u"Wom", 67, {1280, 1024}, {1049, 14})),
+    Wide(LongShutter(Sensor16(u"Disk", 45, {2560, 1920}, {100, 14})), 0x0250),
+    Wide(LongShutter(Sensor16(u"Fx", 89, {2560, 1920}, {1049, 14}))),
+    Wide(LongShutter(Sensor16(u"Fx", 98, {3096, 2080}, {1049, 14}))),
 };
 
 }  // namespace

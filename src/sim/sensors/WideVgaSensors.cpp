@@ -7,7 +7,7 @@ namespace {
 
 constexpr SkipRule kSkips[] = {{0x0D, 0x0C, 0x04, 2}};
 
-constexpr double kPixelClock = 27e6;
+constexpr double kPixelClock = 21e6;
 
 /// 10 bits, 16-bit registers, up to 752 x 480.
 constexpr SensorMap WideVga(const char16_t* family, int type, PixelSize size) {
