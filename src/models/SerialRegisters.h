@@ -27,7 +27,7 @@ class ByteRegisters : public FamilyProperty {
 
 /// Registers of 24 bits: words for the timing generator's serial port, high byte first.
 template <class FamilyProperty>
-class WideRegisters : public FamilyProperty {
+class LongRegisters : public FamilyProperty {
  public:
   static constexpr int kRegisterBytes = 3;
 

@@ -102,8 +102,16 @@ DriverResult DiskWire::WriteAt(std::uint64_t position, std::span<const std::uint
 }
 
 void DiskWire::AccessRegister(std::uint8_t command, std::uint16_t address, std::uint8_t byte) {
-  const auto first = TakeHalf(command, address);
   const bool writes = command == kWriteRegister;
+  if (Camera().Map().valueBytes == 1) {
+    if (writes) {
+      Camera().WriteRegister(address, byte);
+    } else {
+      readBack_ = ByteOf(Camera().ReadRegister(address), 0);
+    }
+    return;
+  }
+  const auto first = TakeHalf(command, address);
   if (!first) {
     half_ = HalfRegister{command, address, byte};
     if (!writes) readBack_ = ByteOf(Camera().ReadRegister(address), 1);
@@ -114,8 +122,8 @@ void DiskWire::AccessRegister(std::uint8_t command, std::uint16_t address, std::
   }
 }
 
-/// The sensor's registers have 16 bits: the high byte travels under the register's address, the low byte
-/// right after it under the next one.
+/// Where the sensor's registers have 16 bits: the high byte travels under the register's address, the low
+/// byte right after it under the next one.
 std::optional<DiskWire::HalfRegister> DiskWire::TakeHalf(std::uint8_t command, std::uint16_t address) {
   const auto half = std::exchange(half_, std::nullopt);
   if (!half) return {};

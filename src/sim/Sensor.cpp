@@ -43,8 +43,7 @@ void Sensor::Store(const RegisterField& field, std::uint32_t value) {
 
 double Sensor::ShutterLines() const {
   const std::uint32_t code = Value(map_->shutter);
-  const double lines = map_->shutterLines != nullptr ? map_->shutterLines(code) : code;
-  return lines + map_->shutterOffset;
+  return map_->shutterLines != nullptr ? map_->shutterLines(code) : code;
 }
 
 Readout Sensor::Decode(int clockDivider) const {

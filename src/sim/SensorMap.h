@@ -83,7 +83,6 @@ struct SensorMap {
 
   RegisterField shutter;
   double (*shutterLines)(std::uint32_t code) = nullptr;  ///< none: the code is lines
-  int shutterOffset = 0;  ///< lines that every exposure takes besides
   RegisterField gain;
   double (*gainFactor)(std::uint32_t code) = nullptr;
   /// Exposure of the brightest scene at reset values, as a part of full scale.

@@ -13,7 +13,7 @@ class CZELModel20 : public UsbCcd<CZELModel20> {
  public:
   static constexpr LONG kType = 20;
 
-  class CPropertyImpl : public ccd::PlainMap<WideRegisters<UsbProperty>, kShutterIn, kGainIn> {
+  class CPropertyImpl : public ccd::PlainMap<LongRegisters<UsbProperty>, kShutterIn, kGainIn> {
    public:
     CPropertyImpl() : PlainMap(kType) {}
   };

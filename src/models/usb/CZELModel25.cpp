@@ -12,7 +12,7 @@ class CZELModel25 : public UsbCcd<CZELModel25> {
  public:
   static constexpr LONG kType = 25;
 
-  class CPropertyImpl : public FpgaTimed<WideRegisters<UsbProperty>> {
+  class CPropertyImpl : public FpgaTimed<LongRegisters<UsbProperty>> {
    public:
     CPropertyImpl() : FpgaTimed(kType) {}
 

@@ -16,7 +16,7 @@ class CZELModel30 : public FieldReadout<UsbCcd<CZELModel30>> {
  public:
   static constexpr LONG kType = 30;
 
-  class CPropertyImpl : public FpgaTimed<WideRegisters<UsbProperty>> {
+  class CPropertyImpl : public FpgaTimed<LongRegisters<UsbProperty>> {
    public:
     CPropertyImpl() : FpgaTimed(kType) { OfferSwitches({kHorMirror, kVerMirror}); }
 

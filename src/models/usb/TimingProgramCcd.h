@@ -6,7 +6,7 @@ namespace zel {
 
 /// Settings of CCD cameras whose FPGA takes a timing program.
 class TimingProgramCcdProperty
-    : public ccd::Triggered<ccd::AnalogGain<FpgaTimed<WideRegisters<UsbProperty>>>> {
+    : public ccd::Triggered<ccd::AnalogGain<FpgaTimed<LongRegisters<UsbProperty>>>> {
  public:
   HRESULT SetFpgaRegister(LONG address, LONG value) override { return ProgramFpga(address, value); }
 

@@ -60,6 +60,6 @@ using SplitCcdProperty = ccd::Triggered<ccd::AnalogGain<ccdsplit::Property<ByteR
 using SplitCcdProperty12Bit =
     ccd::Triggered<ccd::AnalogGain<ccdsplit::Property<ByteRegisters<UsbProperty>, 12, 8>>>;
 using WideCcdProperty =
-    ccd::Triggered<ccd::AnalogGain<ccd::Map9A04<WideRegisters<UsbProperty>, kShutterCommand>>>;
+    ccd::Triggered<ccd::AnalogGain<ccd::Map9A04<LongRegisters<UsbProperty>, kShutterCommand>>>;
 
 }  // namespace zel

@@ -1,8 +1,8 @@
+#include <algorithm>
 #include <array>
 #include <cmath>
-#include <deque>
+#include <iterator>
 #include <string_view>
-#include <vector>
 
 #include "sim/sensors/SensorMaps.h"
 
@@ -35,6 +35,10 @@ constexpr RegisterField WithAnalogGain(RegisterField digital) {
   return digital;
 }
 
+constexpr SkipRule kSkips[] = {{0x38, 1, 1, 2}};
+constexpr SkipRule kSkips8003[] = {{0x8018, 1, 1, 2}};
+constexpr RegisterValue kProgressive[] = {{0x3001, 1}};
+
 /// Where a kind of timing generator and front end has its settings.
 struct Kind {
   int valueBytes;
@@ -42,6 +46,7 @@ struct Kind {
   RegisterField gain;
   double (*gainFactor)(std::uint32_t) = FrontEndGain<1023>;
   std::uint16_t window = 0x30;
+  std::span<const SkipRule> skips = kSkips;
 };
 
 constexpr std::uint16_t kFpga = 0x100;  // where FPGA registers stand among those of the sensor
@@ -63,7 +68,7 @@ constexpr Kind kWord0D = {2, In(0x0D, 11), In(0x02, 8), FrontEndGain<255>};
 constexpr Kind kWord01 = {2, In(0x01, 11), In(0x00, 10)};
 constexpr Kind kByteA4 = {1, Split8(0xA4, 3), Split8(0x02, 2)};
 constexpr Kind kByteA0 = {1, Split8(0xA0, 3), Split8(0x02, 2)};
-constexpr Kind kWord8003 = {2, In(0x8003, 12), In(0x05, 10), FrontEndGain<1023>, 0x8010};
+constexpr Kind kWord8003 = {2, In(0x8003, 12), In(0x05, 10), FrontEndGain<1023>, 0x8010, kSkips8003};
 constexpr Kind kWord2004 = {2, In(0x2004, 13), In(0x05, 10), FrontEndGain<1023>, 0x2010};
 
 /// What a camera has besides.
@@ -82,8 +87,8 @@ struct Sheet {
   const char16_t* family;
   int width, height;
   Kind kind;
-  std::uint32_t shutter, gain;  ///< at reset, as `kind` has them
-  double framesPerSecond;       ///< of the whole frame, with a short shutter
+  ResetExposure reset;
+  double framesPerSecond;  ///< of the whole frame, with a short shutter
   unsigned features = kNothing;
   std::uint16_t modelCode = 0;
 };
@@ -91,141 +96,121 @@ struct Sheet {
 // The light is that of a flash: at reset a few lines suffice.
 // clang-format off
 constexpr Sheet kSheets[] = {
-    {11, u"Usb",  640,  480,  kFpgaByte,     0,   20,  50, kTriggered | kClockHalved},
-    {12, u"Usb",  659,  494,  kSplitByte,   11,    0,  50, kTriggered | kClockHalved},
-    {18, u"Usb", 1600, 1200,  kSplitByte12,  0, 1000,  12, kTriggered},
-    {19, u"Usb", 1620, 1220,  kSplitByte,    0,    0,  12, kTriggered},
-    {20, u"Usb", 1360, 1024,  kWide01,       8,  100,  15},
-    {21, u"Usb", 1360, 1024,  kSplitByte,    8,  500,  15, kTriggered | kClockHalved},
-    {22, u"Usb", 1360, 1024,  kSplitByte,    8,  500,  15, kTriggered},
-    {23, u"Usb", 1360, 1024,  kFpgaByte,     8,  500,  15, kTriggered},
-    {25, u"Usb", 1600, 1282,  kWide00,       6,   14,  12},
-    {27, u"Usb", 2288, 1700,  kWord0D,       0,  128,   8},
-    {29, u"Usb", 2560, 1920,  kWord01,     256,  256,   6, kFields},
-    {30, u"Usb", 3320, 2500,  kFpgaWide,  1370,    0,   5, kFields | kMirrors},
-    {33, u"Usb", 2584, 1960,  kByteA4,     128,    0,   6, kFields},
-    {37, u"Usb", 1280,  950,  kWide9A,       3,  146,  20, kTriggered},
-    {40, u"Usb", 1280,  950,  kFpgaWide,  1370,    0,  20, kTriggered},
-    {41, u"Usb", 2456, 2058,  kWide9A,    1370,    0,   6, kTriggered | kFields},
-    {42, u"Usb",  860,  944,  kFpgaWord,   300,  800,  25},
-    {52, u"Disk", 2456, 2058, kWord9A,       2,   14,  15, kNothing, 0x0630},
-    {53, u"Disk", 1600, 1200, kWord9A,       2,  100,  30, kNothing, 0x0300},
-    {54, u"Disk", 6644, 4384, kWord9A,       2,  100,   5, kFields,  0x0640},
-    {55, u"Disk",  659,  494, kWord9A,       3,  100,  60, kFields,  0x0650},
-    {56, u"Usb", 1280,  950,  kSplitByte,    8,  500,  20, kTriggered},
-    {57, u"Usb", 1280,  960,  kFpgaWide,     3,  500,  20, kTriggered},
-    {58, u"Disk", 4896, 3264, kWord9A,       2,  100,   5, kFields,  0x0660},
-    {62, u"Disk", 3296, 2472, kWord9A,       2,  100,  10, kNothing, 0x0690},
-    {64, u"Wom", 1280,  960,  kSplitByte,    3,  512,  20},
-    {66, u"Wom", 1360, 1024,  kSplitByte,    8,  512,  20, kTriggered},
-    {72, u"Wom", 1600, 1200,  kSplitByte,    2,  512,  15, kTriggered},
-    {74, u"Usb", 1360, 1024,  kFpgaByte,     8,  500,  15},
-    {75, u"Disk", 6576, 4384, kWord2004,     2,  100,   5, kBinning, 0x06C0},
-    {76, u"Disk", 2336, 1752, kWord2004,     2,  100,  15, kBinning, 0x06D0},
-    {77, u"Wom", 2560, 1920,  kByteA0,       3,  512,   6, kFields},
-    {78, u"Disk", 4896, 3264, kWord2004,     2,  100,   5, kBinning, 0x06E0},
-    {79, u"Disk", 1920, 1080, kWord2004,     2,  100,  30, kBinning, 0x06F0},
-    {80, u"Disk", 1600, 1200, kWord2004,     2,  100,  30, kBinning, 0x0790},
-    {81, u"Disk", 1024, 1024, kWord2004,     2,  100,  50, kBinning, 0x0700},
-    {83, u"Disk", 3296, 2472, kWord2004,     2,  100,  10, kBinning, 0x0730},
-    {84, u"Wom", 2456, 2058,  kWord9A,       2,  310,   8},
-    {85, u"Wom",  656,  494,  kWord9A,       2,  310,  50},
-    {92, u"Fx",  1600, 1200,  kWord8003,     2,  512,  40},
-    {93, u"Fx",  2464, 2058,  kWord8003,     2,  310,  20},
-    {94, u"Fx",   656,  494,  kWord9A,       2,  310,  60},
-    {95, u"Fx",  2464, 2058,  kWord8003,     2,  310,  20},
+    // type, family, size, map, reset, frames a second, features, model code
+    {11, u"Usb",  640,  480,  kFpgaByte,    {0, 20},     50, kTriggered | kClockHalved},
+    {12, u"Usb",  659,  494,  kSplitByte,   {11, 0},     50, kTriggered | kClockHalved},
+    {18, u"Usb",  1600, 1200, kSplitByte12, {0, 1000},   12, kTriggered},
+    {19, u"Usb",  1620, 1220, kSplitByte,   {0, 0},      12, kTriggered},
+    {20, u"Usb",  1360, 1024, kWide01,      {8, 100},    15},
+    {21, u"Usb",  1360, 1024, kSplitByte,   {8, 500},    15, kTriggered | kClockHalved},
+    {22, u"Usb",  1360, 1024, kSplitByte,   {8, 500},    15, kTriggered},
+    {23, u"Usb",  1360, 1024, kFpgaByte,    {8, 500},    15, kTriggered},
+    {25, u"Usb",  1600, 1282, kWide00,      {6, 14},     12},
+    {27, u"Usb",  2288, 1700, kWord0D,      {0, 128},     8},
+    {29, u"Usb",  2560, 1920, kWord01,      {256, 256},   6, kFields},
+    {30, u"Usb",  3320, 2500, kFpgaWide,    {1370, 0},    5, kFields | kMirrors},
+    {33, u"Usb",  2584, 1960, kByteA4,      {128, 0},     6, kFields},
+    {37, u"Usb",  1280, 950,  kWide9A,      {3, 146},    20, kTriggered},
+    {40, u"Usb",  1280, 950,  kFpgaWide,    {1370, 0},   20, kTriggered},
+    {41, u"Usb",  2456, 2058, kWide9A,      {1370, 0},    6, kTriggered | kFields},
+    {42, u"Usb",  860,  944,  kFpgaWord,    {300, 800},  25},
+    {52, u"Disk", 2456, 2058, kWord9A,      {2, 14},     15, kNothing, 0x0630},
+    {53, u"Disk", 1600, 1200, kWord9A,      {2, 100},    30, kNothing, 0x0300},
+    {54, u"Disk", 6644, 4384, kWord9A,      {2, 100},     5, kFields, 0x0640},
+    {55, u"Disk", 659,  494,  kWord9A,      {3, 100},    60, kFields, 0x0650},
+    {56, u"Usb",  1280, 950,  kSplitByte,   {8, 500},    20, kTriggered},
+    {57, u"Usb",  1280, 960,  kFpgaWide,    {3, 500},    20, kTriggered},
+    {58, u"Disk", 4896, 3264, kWord9A,      {2, 100},     5, kFields, 0x0660},
+    {62, u"Disk", 3296, 2472, kWord9A,      {2, 100},    10, kNothing, 0x0690},
+    {64, u"Wom",  1280, 960,  kSplitByte,   {3, 512},    20},
+    {66, u"Wom",  1360, 1024, kSplitByte,   {8, 512},    20, kTriggered},
+    {72, u"Wom",  1600, 1200, kSplitByte,   {2, 512},    15, kTriggered},
+    {74, u"Usb",  1360, 1024, kFpgaByte,    {8, 500},    15},
+    {75, u"Disk", 6576, 4384, kWord2004,    {3, 100},     5, kBinning, 0x06C0},
+    {76, u"Disk", 2336, 1752, kWord2004,    {2, 100},    15, kBinning, 0x06D0},
+    {77, u"Wom",  2560, 1920, kByteA0,      {3, 512},     6, kFields},
+    {78, u"Disk", 4896, 3264, kWord2004,    {2, 100},     5, kBinning, 0x06E0},
+    {79, u"Disk", 1920, 1080, kWord2004,    {2, 100},    30, kBinning, 0x06F0},
+    {80, u"Disk", 1600, 1200, kWord2004,    {2, 100},    30, kBinning, 0x0790},
+    {81, u"Disk", 1024, 1024, kWord2004,    {1, 100},    50, kBinning, 0x0700},
+    {83, u"Disk", 3296, 2472, kWord2004,    {3, 100},    10, kBinning, 0x0730},
+    {84, u"Wom",  2456, 2058, kWord9A,      {2, 310},     8},
+    {85, u"Wom",  656,  494,  kWord9A,      {2, 310},    50},
+    {92, u"Fx",   1600, 1200, kWord8003,    {2, 512},    40},
+    {93, u"Fx",   2464, 2058, kWord8003,    {2, 310},    20},
+    {94, u"Fx",   656,  494,  kWord9A,      {2, 310},    60},
+    {95, u"Fx",   2464, 2058, kWord8003,    {2, 310},    20},
 };
 // clang-format on
 
 constexpr int kLineBlanking = 504;  // clocks
 constexpr int kBlankLines = 71;
 
-/// Cameras whose shutter may be 0 at reset expose while their charge moves, too; so many lines.
-constexpr int kTransferLines = 256;
-
-void PutReset(std::vector<RegisterValue>& resets, const RegisterField& field, std::uint32_t value) {
-  for (const RegisterBits& bits : field) {
-    if (bits.count == 0) continue;
-    const std::uint32_t mask = (std::uint32_t{1} << bits.count) - 1;
-    resets.push_back({bits.address, (value >> bits.shift & mask) << bits.low});
-  }
+/// Lines of exposure in cameras whose shutter may be 0: they expose while their charge moves, too.
+double WithTransfer(std::uint32_t code) {
+  return code + 256.0;
 }
 
-/// The maps and the reset values that they point to.
-struct Maps {
-  std::vector<SensorMap> maps;
-  std::deque<std::vector<RegisterValue>> resets;
-  std::deque<SkipRule> skips;
-
-  Maps() {
-    for (const Sheet& sheet : kSheets) maps.push_back(MakeMap(sheet));
+constexpr SensorMap MapOf(const Sheet& sheet) {
+  const Kind& kind = sheet.kind;
+  const auto has = [&](Feature feature) { return (sheet.features & feature) != 0; };
+  const auto behindWindow = [&](int offset) { return static_cast<std::uint16_t>(kind.window + offset); };
+  const auto size = [&](int offset) {
+    return kind.valueBytes == 1 ? Split8(behindWindow(offset), 5) : In(behindWindow(offset), 13);
+  };
+  const std::u16string_view family = sheet.family;
+  SensorMap map = {
+      .type = sheet.type,
+      .family = sheet.family,
+      .width = sheet.width,
+      .height = sheet.height,
+      .bits = 10,
+      .addressBytes = family == u"Usb" || family == u"Wom" ? 1 : 2,
+      .valueBytes = kind.valueBytes,
+      .reset = sheet.reset,
+      .left = size(0),
+      .top = size(2),
+      .columns = size(4),
+      .rows = size(6),
+      .fpgaRegisters = kFpga,
+      .shutter = kind.shutter,
+      .shutterLines = sheet.reset.shutter == 0 ? WithTransfer : nullptr,
+      .gain = kind.gain,
+      .gainFactor = kind.gainFactor,
+      .whiteLevel = 0.65,
+      .pixelClock = sheet.framesPerSecond * (sheet.width + kLineBlanking) * (sheet.height + kBlankLines),
+      .lineBlanking = kLineBlanking,
+      .frameBlanking = kBlankLines * (sheet.width + kLineBlanking),
+      .modelCode = sheet.modelCode,
+  };
+  if (has(kTriggered)) map.trigger = Bit(0x20, 0);
+  if (has(kClockHalved)) map.halfClock = Bit(0x22, 0);
+  if (has(kWindowClock)) map.halfClock = Bit(behindWindow(10), 0);
+  if (has(kMirrors)) map.mirrorX = Bit(0x0A, 0);
+  if (has(kMirrors)) map.mirrorY = Bit(0x0A, 1);
+  if (has(kFields)) map.fieldReadout = RegisterMatch{0, 0, 0};
+  if (has(kBinning)) {
+    map.binX = Bit(behindWindow(8), 1);
+    map.binY = Bit(behindWindow(8), 0);
+    map.fieldReadout = RegisterMatch{0x3001, 1, 0};
+    map.oddFieldFirst = Bit(0x3002, 0);
+    map.resetValues = kProgressive;
+  } else {
+    map.skips = kind.skips;
   }
+  return map;
+}
 
- private:
-  SensorMap MakeMap(const Sheet& sheet) {
-    const Kind& kind = sheet.kind;
-    const auto has = [&](Feature feature) { return (sheet.features & feature) != 0; };
-    const auto windowField = [&](int offset) {
-      const auto address = static_cast<std::uint16_t>(kind.window + offset);
-      return kind.valueBytes == 1 ? Split8(address, 5) : In(address, 13);
-    };
-    const bool serial =
-        std::u16string_view(sheet.family) == u"Usb" || std::u16string_view(sheet.family) == u"Wom";
-    SensorMap map = {
-        .type = sheet.type,
-        .family = sheet.family,
-        .width = sheet.width,
-        .height = sheet.height,
-        .bits = 10,
-        .addressBytes = serial ? 1 : 2,
-        .valueBytes = kind.valueBytes,
-        .resetValues = {},
-        .left = windowField(0),
-        .top = windowField(2),
-        .columns = windowField(4),
-        .rows = windowField(6),
-        .shutter = kind.shutter,
-        .gain = kind.gain,
-        .gainFactor = kind.gainFactor,
-        .whiteLevel = 0.65,
-        .pixelClock = sheet.framesPerSecond * (sheet.width + kLineBlanking) * (sheet.height + kBlankLines),
-        .lineBlanking = kLineBlanking,
-        .frameBlanking = kBlankLines * (sheet.width + kLineBlanking),
-        .modelCode = sheet.modelCode,
-    };
-    map.shutterOffset = sheet.shutter == 0 ? kTransferLines : 0;
-    map.fpgaRegisters = kFpga;
-    if (has(kTriggered)) map.trigger = In(0x20, 1);
-    if (has(kClockHalved)) map.halfClock = In(0x22, 1);
-    if (has(kWindowClock)) map.halfClock = In(static_cast<std::uint16_t>(kind.window + 10), 1);
-    if (has(kMirrors)) map.mirrorX = {{{0x0A, 0, 1}}}, map.mirrorY = {{{0x0A, 1, 1}}};
-    if (has(kFields)) map.fieldReadout = RegisterMatch{0, 0, 0};
-
-    const auto afterWindow = static_cast<std::uint16_t>(kind.window + 8);
-    std::vector<RegisterValue>& values = resets.emplace_back();
-    if (has(kBinning)) {
-      map.binX = {{{afterWindow, 1, 1}}};
-      map.binY = {{{afterWindow, 0, 1}}};
-      map.fieldReadout = RegisterMatch{0x3001, 1, 0};
-      map.oddFieldFirst = In(0x3002, 1);
-      values.push_back({0x3001, 1});
-    } else {
-      map.skips = {&skips.emplace_back(SkipRule{afterWindow, 1, 1, 2}), 1};
-    }
-    PutReset(values, map.columns, static_cast<std::uint32_t>(sheet.width));
-    PutReset(values, map.rows, static_cast<std::uint32_t>(sheet.height));
-    PutReset(values, map.shutter, sheet.shutter);
-    PutReset(values, map.gain, sheet.gain);
-    map.resetValues = values;
-    return map;
-  }
-};
+constexpr auto kSensors = [] {
+  std::array<SensorMap, std::size(kSheets)> maps;
+  std::ranges::transform(kSheets, maps.begin(), MapOf);
+  return maps;
+}();
 
 }  // namespace
 
 std::span<const SensorMap> CcdSensors() {
-  static const Maps maps;
-  return maps.maps;
+  return kSensors;
 }
 
 }  // namespace zel

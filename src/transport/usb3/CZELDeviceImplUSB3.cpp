@@ -73,7 +73,10 @@ LONG CZELDeviceImplUSB3::PrepareCapture() {
   LONG width = 0;
   LONG height = 0;
   property->GetROI(nullptr, nullptr, &width, &height);
-  const LONG bytes = property->FrameBytes();
+  return PrepareFrames(width, height, property->FrameBytes());
+}
+
+LONG CZELDeviceImplUSB3::PrepareFrames(LONG width, LONG height, LONG bytes) {
   if (!AllocateRawBuffers(bytes)) return 0;
   geometry_ = {.transferPixels = bytes,
                .headerPixels = 0,

@@ -35,6 +35,8 @@ class CZELDeviceImplUSB3 : public CZELDeviceImpl {
  protected:
   /// Frames can't be read any more, until the next preparation.
   void ForgetPreparation();
+  /// The last step of a preparation: buffers and sizes for pictures that take so many bytes on the drive.
+  LONG PrepareFrames(LONG width, LONG height, LONG bytes);
 
  private:
   bool Connect();
