@@ -39,7 +39,8 @@ function(zel_test name)
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE zel_flags ${TEST_LINK} GTest::gmock GTest::gtest_main)
-  add_test(NAME ${name} COMMAND ${name} --gtest_brief=1
-           --gtest_output=json:${PROJECT_BINARY_DIR}/results/${name}.json)
+  # A path from the test's own folder: under Wine "/..." is no absolute path.
+  file(RELATIVE_PATH results ${CMAKE_CURRENT_BINARY_DIR} ${PROJECT_BINARY_DIR}/results)
+  add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_output=json:${results}/${name}.json)
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()

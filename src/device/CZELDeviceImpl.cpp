@@ -86,6 +86,7 @@ void CZELDeviceImpl::SetState(LONG state, LONG param) {
     const CritSecGuard guard(lock_);
     state_ = state;
   }
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the event carries a number where others carry a picture
   observer_.Notify(kEventStateChanged, reinterpret_cast<void*>(static_cast<std::intptr_t>(param)), this);
 }
 

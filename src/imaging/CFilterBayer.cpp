@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "imaging/kernels/GradientDemosaic.h"
 #include "imaging/kernels/PaddedFrame.h"
 
 namespace zel {
@@ -11,7 +12,7 @@ namespace {
 
 constexpr LONG kMarginRows = 2;       // above the image, and as many below
 constexpr LONG kMarginColumns = 5;    // bytes left of the image
-constexpr LONG kRowSlack = 11;        // bytes of a work row beyond the even width
+constexpr LONG kRowExtra = 11;        // bytes of a work row beyond the even width
 constexpr LONG kGammaTooLarge = 120;  // what a gamma above the last table counts as
 constexpr LONG kMaxGain = 1 << 14;    // 128 times unity: any light sample is white long before
 
@@ -25,11 +26,11 @@ bool CFilterBayer::Allocate(LONG width, LONG height) {
   if (work_.Data() && width == width_ && height == height_) return true;
   work_.Free();
   width_ = height_ = workStride_ = 0;
-  if (width < 1 || height < 1 || width > INT32_MAX - 1 - kRowSlack) return false;
+  if (width < 1 || height < 1 || width > INT32_MAX - 1 - kRowExtra) return false;
 
-  const LONG stride = width + (width & 1) + kRowSlack;
-  const std::size_t bytes = std::size_t(stride) * (std::size_t(height) + 2 * kMarginRows);
-  if (!work_.Reserve(bytes)) return false;
+  const LONG stride = width + (width & 1) + kRowExtra;
+  const std::size_t bytes = std::size_t(stride) * (std::size_t(height) + 2 * kMarginRows) + kRowSlack;
+  if (!work_.Reserve(bytes) || !writer_.Allocate(width)) return false;
   // Margins that are never filled (small frames) read as black.
   std::memset(work_.Data(), 0, bytes);
   width_ = width;
@@ -45,16 +46,21 @@ std::uint8_t* CFilterBayer::ImageOrigin() const {
 }
 
 void CFilterBayer::PrepareFrame(const unsigned char* frame, LONG pitch, std::size_t frameBytes) {
+  PrepareRows(frame, pitch, frameBytes, 0, height_);
+}
+
+void CFilterBayer::PrepareRows(const unsigned char* frame, LONG pitch, std::size_t frameBytes, LONG firstRow,
+                               LONG endRow) {
   std::uint8_t* image = ImageOrigin();
   if (!image || !frame || pitch < 0) return;
   const auto rowBytes = static_cast<std::size_t>(width_);
   const std::size_t sourcePitch = pitch == 0 ? rowBytes : static_cast<std::size_t>(pitch);
-  for (LONG row = 0; row < height_; ++row) {
+  for (LONG row = firstRow; row < endRow; ++row) {
     const std::size_t offset = std::size_t(row) * sourcePitch;
     if (frameBytes < rowBytes || offset > frameBytes - rowBytes) break;
     std::memcpy(image + std::ptrdiff_t{row} * workStride_, frame + offset, rowBytes);
   }
-  FillMargins(image, workStride_, width_, height_);
+  FillMargins(image, workStride_, width_, height_, firstRow, endRow);
 }
 
 void CFilterBayer::SetGammaTable(LONG gamma) {
@@ -91,39 +97,43 @@ void CFilterBayer::ComputeGains(LONG modeIndex, LONG bayerMode, ColorGains& gain
   gains = {r, g, b};
 }
 
-MosaicView CFilterBayer::View(const unsigned char* frame, LONG width, LONG bayerMode) const {
-  return {frame, workStride_, std::min(width, width_), PhaseOfMode(bayerMode)};
+PixelTones CFilterBayer::Tones() const {
+  return {gains_, frameMatrix_.active ? &frameMatrix_ : nullptr, gamma_};
 }
 
-void CFilterBayer::DemosaicColor(const unsigned char* frame, unsigned char* out, LONG width,
-                                 LONG bayerMode) const {
-  if (!work_.Data() || !frame || !out) return;
-  const PixelTones tones{gains_, frameMatrix_.active ? &frameMatrix_ : nullptr, gamma_};
-  GradientDemosaic(View(frame, width, bayerMode), 0, height_, tones, 4, out, std::ptrdiff_t{width} * 4);
+void CFilterBayer::DemosaicColor(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode) {
+  Demosaic(frame, {out, std::ptrdiff_t{width} * 4, width, height_, 4, false}, Tones(), bayerMode);
 }
 
 void CFilterBayer::DemosaicColor24(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode,
-                                   const PlaneGains& gains) const {
-  if (!work_.Data() || !frame || !out) return;
-  const PixelTones tones{.gains = gains};
-  GradientDemosaic(View(frame, width, bayerMode), 0, height_, tones, 3, out, std::ptrdiff_t{width} * 3);
+                                   const PlaneGains& gains) {
+  Demosaic(frame, {out, std::ptrdiff_t{width} * 3, width, height_, 3, false}, {.gains = gains}, bayerMode);
 }
 
-void CFilterBayer::DemosaicMono(const unsigned char* frame, unsigned char* out, LONG width,
-                                LONG bayerMode) const {
-  DemosaicGrey(frame, out, width, bayerMode, 4);
+void CFilterBayer::DemosaicMono(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode) {
+  Demosaic(frame, {out, std::ptrdiff_t{width} * 4, width, height_, 4, true}, {}, bayerMode);
 }
 
 void CFilterBayer::DemosaicMono24(const unsigned char* frame, unsigned char* out, LONG width,
-                                  LONG bayerMode) const {
-  DemosaicGrey(frame, out, width, bayerMode, 3);
+                                  LONG bayerMode) {
+  Demosaic(frame, {out, std::ptrdiff_t{width} * 3, width, height_, 3, true}, {}, bayerMode);
 }
 
-void CFilterBayer::DemosaicGrey(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode,
-                                int pixelBytes) const {
-  if (!work_.Data() || !frame || !out) return;
-  GradientDemosaicGrey(View(frame, width, bayerMode), 0, height_, pixelBytes, out,
-                       std::ptrdiff_t{width} * pixelBytes);
+void CFilterBayer::Demosaic(const unsigned char* frame, const PictureTarget& target, const PixelTones& tones,
+                            LONG bayerMode) {
+  if (!work_.Data() || frame != WorkImage() || !target.pixels) return;
+  PictureTarget inside = target;
+  inside.width = std::min(target.width, width_);
+  writer_.Begin(inside, tones, 0);
+  DemosaicRows(0, height_, bayerMode);
+}
+
+void CFilterBayer::DemosaicRows(LONG firstRow, LONG endRow, LONG bayerMode) {
+  for (LONG row = firstRow; row < endRow; ++row) {
+    GradientRow(WorkImage() + std::ptrdiff_t{row} * workStride_, workStride_, width_,
+                PhaseAt(PhaseOfMode(bayerMode), row, 0), writer_.NextRow());
+    writer_.FinishRow();
+  }
 }
 
 }  // namespace zel

@@ -7,8 +7,9 @@
 #include "imaging/CWhiteBalance.h"
 #include "imaging/ColorGains.h"
 #include "imaging/ColorMatrix.h"
+#include "imaging/PictureWriter.h"
 #include "imaging/ScratchBuffer.h"
-#include "imaging/kernels/GradientDemosaic.h"
+#include "imaging/kernels/Tones.h"
 #include "platform/ComponentTypes.h"
 
 namespace zel {
@@ -33,6 +34,9 @@ class CFilterBayer {
   /// it by two samples on each side in the mosaic's own phase. Rows not wholly inside `frameBytes` are left
   /// out.
   void PrepareFrame(const unsigned char* frame, LONG pitch, std::size_t frameBytes = SIZE_MAX);
+  /// The same for some of the rows, from top to bottom in bands of at least eight.
+  void PrepareRows(const unsigned char* frame, LONG pitch, std::size_t frameBytes, LONG firstRow,
+                   LONG endRow);
 
   /// Builds the table of an exponent in hundredths if it is not there yet; above 200 counts as 120.
   void SetGammaTable(LONG gamma);
@@ -44,13 +48,19 @@ class CFilterBayer {
   void SetGains(LONG r, LONG g, LONG b);  ///< 128 is unity
 
   /// 32-bit pixels, rows without gaps, from `frame`, which is `WorkImage()`. Nothing without a work frame.
-  void DemosaicColor(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode) const;
-  void DemosaicMono(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode) const;
+  void DemosaicColor(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode);
+  void DemosaicMono(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode);
 
   /// The same as 24-bit pixels, with these gains and without matrix and gamma.
   void DemosaicColor24(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode,
-                       const PlaneGains& gains) const;
-  void DemosaicMono24(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode) const;
+                       const PlaneGains& gains);
+  void DemosaicMono24(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode);
+
+  /// The same in steps: `Writer().Begin`, for which `Tones` says what the table-driven kernels do to a
+  /// colour, then rows from top to bottom, of which the two below must be prepared.
+  PictureWriter& Writer() { return writer_; }
+  PixelTones Tones() const;
+  void DemosaicRows(LONG firstRow, LONG endRow, LONG bayerMode);
 
   /// Automatic gains from the work frame; `gains` keeps what the frame says nothing about.
   void ComputeGains(LONG modeIndex, LONG bayerMode, ColorGains& gains);
@@ -68,9 +78,8 @@ class CFilterBayer {
     bool built = false;
   };
 
-  MosaicView View(const unsigned char* frame, LONG width, LONG bayerMode) const;
-  void DemosaicGrey(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode,
-                    int pixelBytes) const;
+  void Demosaic(const unsigned char* frame, const PictureTarget& target, const PixelTones& tones,
+                LONG bayerMode);
   std::uint8_t* ImageOrigin() const;
 
   LONG width_ = 0, height_ = 0;
@@ -82,6 +91,7 @@ class CFilterBayer {
   const std::uint8_t* gamma_ = nullptr;
   PlaneGains gains_;
   CWhiteBalance whiteBalance_;
+  PictureWriter writer_;
 };
 
 }  // namespace zel

@@ -6,8 +6,8 @@
 
 #include "imaging/ColorTemperature.h"
 #include "imaging/kernels/Complementary.h"
-#include "imaging/kernels/Expand.h"
 #include "imaging/kernels/Luminance.h"
+#include "imaging/kernels/Pixels.h"
 #include "imaging/kernels/Samples.h"
 #include "imaging/kernels/Yuv.h"
 
@@ -69,7 +69,7 @@ std::array<std::uint8_t, 256> MakeContrastTable(std::int64_t contrast) {
 }  // namespace
 
 COrvaneImageImpl::COrvaneImageImpl(DWORD createFilter)
-    : createFilter_(createFilter != 0), contrastTable_(MakeContrastTable(0)), sharpnessTable_{} {}
+    : createFilter_(createFilter != 0), contrastTable_(MakeContrastTable(0)) {}
 
 bool COrvaneImageImpl::SetOutputFormat(LONG format) {
   if (!IsKnownOutput(format)) return false;
@@ -140,9 +140,6 @@ float COrvaneImageImpl::GetColorMatrixElement(LONG row, LONG column) const {
 void COrvaneImageImpl::SetSharpness(LONG sharpness) {
   const CritSecGuard guard(*lock_);
   tones_.sharpness = std::clamp<LONG>(sharpness, 0, 256);
-  for (int i = 0; i < 512; ++i) {
-    sharpnessTable_[static_cast<std::size_t>(i)] = (i - 255) * tones_.sharpness / 10;
-  }
 }
 
 void COrvaneImageImpl::SetWhitePixelCanceling(unsigned char enable, unsigned char threshold) {
@@ -170,7 +167,7 @@ bool COrvaneImageImpl::SaveToFile(const OLECHAR*) {
 }
 
 void COrvaneImageImpl::FreeBuffers() {
-  for (ScratchBuffer* buffer : {&output_, &rawCopy_, &rowBuffer_, &blurBuffer_}) buffer->Free();
+  for (ScratchBuffer* buffer : {&output_, &rawCopy_, &rowBuffer_}) buffer->Free();
   for (ScratchBuffer& plane : workPlanes_) plane.Free();
   rawSize_ = 0;
   header_ = {};
@@ -214,9 +211,8 @@ bool COrvaneImageImpl::Allocate() {
     }
   }
   if (createFilter_ && pixelBytes != 0 && !filter_.Allocate(format.width, format.height)) return false;
-  if (createFilter_ && pixelBytes == 4) {
-    if (!blurBuffer_.Reserve(outputBytes)) return false;
-    if (format.sourceWidth > 0 && !rowBuffer_.Reserve(std::size_t(format.sourceWidth) * 2)) return false;
+  if (createFilter_ && pixelBytes == 4 && format.sourceWidth > 0) {
+    if (!rowBuffer_.Reserve(std::size_t(format.sourceWidth) * 2)) return false;
   }
 
   rawSize_ = static_cast<DWORD>(rawBytes);
@@ -257,7 +253,7 @@ void COrvaneImageImpl::CopyTo(COrvaneImage* destination) {
 
 FrameSettings COrvaneImageImpl::Settings() const {
   const CritSecGuard guard(*lock_);
-  return {format_, tones_, contrastTable_, sharpnessTable_};
+  return {format_, tones_, contrastTable_};
 }
 
 FrameSettings COrvaneImageImpl::BeginConversion() {
@@ -272,10 +268,13 @@ LONG COrvaneImageImpl::RowsInside(std::size_t frameBytes, std::size_t pitch, std
   return static_cast<LONG>(std::min((frameBytes - rowBytes) / pitch + 1, static_cast<std::size_t>(rows)));
 }
 
-void COrvaneImageImpl::ApplyContrast(std::uint8_t* samples, const FrameSettings& settings) const {
-  const LONG rows = std::min(layout_.height, settings.format.sourceHeight);
-  ApplyTable(samples, std::size_t(rows) * std::size_t(settings.format.sourceWidth),
-             settings.contrastTable.data());
+void COrvaneImageImpl::ApplyContrast(std::uint8_t* samples, const FrameSettings& settings, LONG firstRow,
+                                     LONG endRow) const {
+  const LONG rows = std::min(endRow, settings.format.sourceHeight) - firstRow;
+  const auto width = std::size_t(settings.format.sourceWidth);
+  if (rows > 0)
+    ApplyTable(samples + std::size_t(firstRow) * width, std::size_t(rows) * width,
+               settings.contrastTable.data());
 }
 
 void COrvaneImageImpl::CopyRows(const Source& source, std::size_t rowBytes, std::uint8_t* out,
@@ -314,7 +313,9 @@ void COrvaneImageImpl::ProcessSamples(std::uint8_t* frame, const FrameSettings& 
   const Source source{frame, settings.SourceSamples() * settings.SampleBytes(),
                       sourceWidth * settings.SampleBytes()};
   // Two-byte samples get their contrast when they have been packed.
-  if (settings.tones.contrast != 0 && format.eightBitTransfer) ApplyContrast(frame, settings);
+  if (settings.tones.contrast != 0 && format.eightBitTransfer) {
+    ApplyContrast(frame, settings, 0, layout_.height);
+  }
   if (format.keepRaw) KeepRaw(source, static_cast<std::size_t>(layout_.rawStride));
 
   const auto stride = static_cast<std::size_t>(layout_.outputStride);

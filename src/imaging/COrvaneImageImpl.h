@@ -110,8 +110,8 @@ class COrvaneImageImpl : public COrvaneImage {
   FrameSettings BeginConversion();
   /// Rows, of at most `rows`, that lie wholly inside a frame of this many bytes.
   static LONG RowsInside(std::size_t frameBytes, std::size_t pitch, std::size_t rowBytes, LONG rows);
-  /// Runs the contrast table over a frame's one-byte samples.
-  void ApplyContrast(std::uint8_t* samples, const FrameSettings& settings) const;
+  /// Runs the contrast table over the one-byte samples of some of a frame's rows, as far as these exist.
+  void ApplyContrast(std::uint8_t* samples, const FrameSettings& settings, LONG firstRow, LONG endRow) const;
   /// The two conversions that differ between the classes by the size of a pixel alone.
   void DecodeComplementaryFrame(const std::uint8_t* frame, LONG pixelBytes);
   DWORD MeanLuminance(LONG pixelBytes) const;
@@ -134,12 +134,10 @@ class COrvaneImageImpl : public COrvaneImage {
   FrameFormat format_;
   ToneSettings tones_;
   std::array<std::uint8_t, 256> contrastTable_;
-  std::array<std::int32_t, 512> sharpnessTable_;  ///< by the difference to the blurred value, plus 255
 
   BufferLayout layout_;
   ScratchBuffer output_;
-  ScratchBuffer rowBuffer_;   ///< one input row while its two taps are sorted
-  ScratchBuffer blurBuffer_;  ///< one output picture
+  ScratchBuffer rowBuffer_;  ///< one input row while its two taps are sorted
   DWORD rawSize_ = 0;
   BITMAPINFOHEADER header_{};
 

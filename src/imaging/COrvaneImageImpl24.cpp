@@ -60,7 +60,7 @@ void COrvaneImageImpl24::ConvertRaw(unsigned char* frame) {
   if (!format.eightBitTransfer) {
     // Counted by the picture, not by the source rows.
     PackLowByte(frame, std::min(samples, std::size_t(layout_.width) * std::size_t(layout_.height)), frame);
-    if (settings.tones.contrast != 0) ApplyContrast(frame, settings);
+    if (settings.tones.contrast != 0) ApplyContrast(frame, settings, 0, layout_.height);
   }
   filter_.PrepareFrame(frame, format.sourceWidth, samples);
   if (format.colorful) {

@@ -3,13 +3,25 @@
 #include <algorithm>
 
 #include "imaging/ImageFile.h"
-#include "imaging/kernels/DirectDemosaic.h"
 #include "imaging/kernels/DotFilter.h"
 #include "imaging/kernels/Samples.h"
-#include "imaging/kernels/Sharpness.h"
 #include "imaging/kernels/WhitePixels.h"
 
 namespace zel {
+namespace {
+
+// Rows that go through all steps together: with samples, work frame and pixels they stay in the second-level
+// cache.
+constexpr LONG kBandRows = 16;
+
+}  // namespace
+
+void COrvaneImageImpl32::AllocateBuffers() {
+  COrvaneImageImpl::AllocateBuffers();
+  if (layout_.pixelBytes != 4 || !createFilter_ || direct_.Allocate(layout_.width)) return;
+  FreeBuffers();
+  layout_ = {};
+}
 
 bool COrvaneImageImpl32::SaveToFile(const OLECHAR* path) {
   if (!path || layout_.pixelBytes != 4) return false;
@@ -39,79 +51,109 @@ bool COrvaneImageImpl32::SortTwoTaps(std::uint8_t* frame, const FrameSettings& s
   return true;
 }
 
+void COrvaneImageImpl32::Unpack(std::uint8_t* frame, const FrameSettings& settings, LONG firstRow,
+                                LONG endRow) const {
+  const LONG end = std::min(endRow, settings.format.sourceHeight);
+  if (firstRow >= end) return;
+  const auto width = std::size_t(settings.format.sourceWidth), first = std::size_t(firstRow) * width;
+  PackTenBit(frame + 2 * first, std::size_t(end - firstRow) * width, frame + first);
+  if (settings.tones.contrast != 0) ApplyContrast(frame, settings, firstRow, endRow);
+}
+
 void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
   if (!frame || layout_.pixelBytes != 4) return;
   FrameSettings settings = BeginConversion();
   const FrameFormat& format = settings.format;
   ToneSettings& tones = settings.tones;
   std::size_t frameBytes = settings.SourceSamples() * settings.SampleBytes();
-  if (frameBytes == 0) return;
+  if (frameBytes == 0 || !filter_.WorkImage()) return;
 
-  if (format.twoTap != 0) {
-    if (!SortTwoTaps(frame, settings)) return;
-  } else if (!format.eightBitTransfer) {
-    frameBytes /= 2;
-    PackTenBit(frame, std::min(frameBytes, std::size_t(format.sourceWidth) * std::size_t(layout_.height)),
-               frame);
-    if (tones.contrast != 0) ApplyContrast(frame, settings);
-  }
+  if (format.twoTap != 0 && !SortTwoTaps(frame, settings)) return;
+  const bool packed = format.twoTap == 0 && !format.eightBitTransfer;
+  if (packed) frameBytes /= 2;
+  const LONG height = layout_.height;
+  const LONG rows =
+      RowsInside(frameBytes, std::size_t(format.sourceWidth), std::size_t(layout_.width), height);
+  const bool dots =
+      tones.dotFilterEnabled != 0 && tones.dotFilterThreshold >= 1 && tones.dotFilterThreshold <= 255;
+  const bool automatic = tones.autoWhiteBalance >= 1 && tones.autoWhiteBalance <= 3;
+  // These look at the whole frame before the first pixel can be made.
+  const bool wholeFrame = automatic || format.whitePixelCanceling;
 
-  const auto width = static_cast<std::size_t>(layout_.width);
-  const LONG rows = RowsInside(frameBytes, std::size_t(format.sourceWidth), width, layout_.height);
-  if (tones.dotFilterEnabled != 0 && tones.dotFilterThreshold >= 1 && tones.dotFilterThreshold <= 255) {
-    DotFilter(frame, format.sourceWidth, std::min(layout_.width, format.sourceWidth), rows,
-              tones.dotFilterThreshold);
+  if (!wholeFrame) BeginPicture(frame, rows, settings);
+  for (LONG unpacked = 0, prepared = 0; prepared < height;) {
+    const LONG band = unpacked;
+    unpacked = std::min(unpacked + kBandRows, height);
+    if (packed) Unpack(frame, settings, band, unpacked);
+    // The dot filter looks two rows further down, and so do the kernels.
+    const LONG clean = dots && unpacked < height ? unpacked - 2 : unpacked;
+    if (dots) {
+      DotFilter(frame, format.sourceWidth, std::min(layout_.width, format.sourceWidth), rows, prepared, clean,
+                tones.dotFilterThreshold);
+    }
+    filter_.PrepareRows(frame, format.sourceWidth, frameBytes, prepared, clean);
+    prepared = clean;
+    if (!wholeFrame) WriteRows(prepared < height ? prepared - 2 : height, settings);
   }
-  filter_.PrepareFrame(frame, format.sourceWidth, frameBytes);
-  if (tones.autoWhiteBalance >= 1 && tones.autoWhiteBalance <= 3) {
+  if (!wholeFrame) return;
+
+  if (automatic) {
     filter_.ComputeGains(tones.autoWhiteBalance - 1, format.bayerMode, tones.gains);
     StoreGains(tones.gains);
   }
   if (format.whitePixelCanceling) {
-    CancelWhitePixels(frame, frameBytes, format.fullWidth, layout_.height, tones.whitePixelThreshold,
+    CancelWhitePixels(frame, frameBytes, format.fullWidth, height, tones.whitePixelThreshold,
                       format.bayerMode, tones.gains);
     filter_.PrepareFrame(frame, format.sourceWidth, frameBytes);
   }
-
-  Demosaic(frame, rows, settings);
-  if (tones.sharpness != 0 && blurBuffer_.Data()) {
-    Sharpen(output_.Data(), layout_.width, layout_.height, layout_.outputStride,
-            settings.sharpnessTable.data(), blurBuffer_.Data());
-  }
+  BeginPicture(frame, rows, settings);
+  WriteRows(height, settings);
 }
 
-void COrvaneImageImpl32::Demosaic(const std::uint8_t* frame, LONG rows, const FrameSettings& settings) {
+void COrvaneImageImpl32::BeginPicture(const std::uint8_t* frame, LONG rows, const FrameSettings& settings) {
   const FrameFormat& format = settings.format;
   const auto& [r, g, b] = settings.tones.gains;
+  PictureTarget target{output_.Data(),  layout_.outputStride, layout_.width, layout_.height, 4,
+                       !format.colorful};
+  written_ = 0;
   if (format.bayerDecodingMethod == 0) {
     filter_.SetGains(r, g, b);
-    if (format.colorful) {
-      filter_.DemosaicColor(filter_.WorkImage(), output_.Data(), layout_.width, format.bayerMode);
-    } else {
-      filter_.DemosaicMono(filter_.WorkImage(), output_.Data(), layout_.width, format.bayerMode);
-    }
-  } else if (format.colorful) {
-    DemosaicDirectColor(0, 0, layout_.width, rows, frame, format.bayerMode, r, g, b);
+    filter_.Writer().Begin(target, filter_.Tones(), settings.tones.sharpness);
+    return;
+  }
+  target.height = rows;
+  direct_.Begin({frame, format.sourceWidth, layout_.width, rows, PhaseOfMode(format.bayerMode)}, {r, g, b});
+  filter_.Writer().Begin(target, {}, settings.tones.sharpness);
+}
+
+void COrvaneImageImpl32::WriteRows(LONG endRow, const FrameSettings& settings) {
+  if (settings.format.bayerDecodingMethod == 0) {
+    filter_.DemosaicRows(written_, endRow, settings.format.bayerMode);
+    written_ = endRow;
   } else {
-    DemosaicDirectMono(0, 0, layout_.width, rows, frame, format.bayerMode);
+    direct_.WriteRows(endRow, filter_.Writer());
   }
 }
 
 void COrvaneImageImpl32::DemosaicDirectColor(LONG x, LONG y, LONG width, LONG height,
                                              const unsigned char* frame, LONG bayerMode, LONG gainR,
                                              LONG gainG, LONG gainB) {
-  if (std::uint8_t* out = OutputAt(x, y, width, height); out && frame) {
-    DirectDemosaic(frame, Get(format_.sourceWidth), width, height, PhaseOfMode(bayerMode),
-                   {gainR, gainG, gainB}, 0, height, out, layout_.outputStride);
-  }
+  DemosaicDirect(x, y, {frame, Get(format_.sourceWidth), width, height, PhaseOfMode(bayerMode)},
+                 {gainR, gainG, gainB}, false);
 }
 
 void COrvaneImageImpl32::DemosaicDirectMono(LONG x, LONG y, LONG width, LONG height,
                                             const unsigned char* frame, LONG bayerMode) {
-  if (std::uint8_t* out = OutputAt(x, y, width, height); out && frame) {
-    DirectDemosaicGrey(frame, Get(format_.sourceWidth), width, height, PhaseOfMode(bayerMode), 0, height, out,
-                       layout_.outputStride);
-  }
+  DemosaicDirect(x, y, {frame, Get(format_.sourceWidth), width, height, PhaseOfMode(bayerMode)}, {}, true);
+}
+
+void COrvaneImageImpl32::DemosaicDirect(LONG x, LONG y, const MosaicFrame& frame, const ColorGains& gains,
+                                        bool grey) {
+  std::uint8_t* out = OutputAt(x, y, frame.width, frame.height);
+  if (!out || !frame.samples || !filter_.WorkImage()) return;
+  direct_.Begin(frame, gains);
+  filter_.Writer().Begin({out, layout_.outputStride, frame.width, frame.height, 4, grey}, {}, 0);
+  direct_.WriteRows(frame.height, filter_.Writer());
 }
 
 std::uint8_t* COrvaneImageImpl32::OutputAt(LONG x, LONG y, LONG width, LONG height) const {

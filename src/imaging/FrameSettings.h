@@ -42,7 +42,6 @@ struct FrameSettings {
   FrameFormat format;
   ToneSettings tones;
   std::array<std::uint8_t, 256> contrastTable;
-  std::array<std::int32_t, 512> sharpnessTable;
 
   std::size_t SourceSamples() const {
     if (format.sourceWidth < 1 || format.sourceHeight < 1) return 0;

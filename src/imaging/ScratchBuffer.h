@@ -7,7 +7,7 @@
 
 namespace zel {
 
-/// Bytes that are had or not, without an exception.
+/// Bytes, beginning with a cache line, that are had or not, without an exception.
 class ScratchBuffer {
  public:
   /// Makes room for at least `bytes`; false, and empty, without memory. Contents are undefined where the
@@ -15,7 +15,7 @@ class ScratchBuffer {
   [[nodiscard]] bool Reserve(std::size_t bytes) {
     if (bytes <= size_) return true;
     Free();
-    bytes_.reset(new (std::nothrow) std::uint8_t[bytes]);
+    bytes_.reset(new (kAlignment, std::nothrow) std::uint8_t[bytes]);
     if (bytes_) size_ = bytes;
     return bytes_ != nullptr;
   }
@@ -29,7 +29,12 @@ class ScratchBuffer {
   std::size_t Size() const { return size_; }
 
  private:
-  std::unique_ptr<std::uint8_t[]> bytes_;
+  static constexpr std::align_val_t kAlignment{64};
+  struct Delete {
+    void operator()(std::uint8_t* bytes) const { ::operator delete[](bytes, kAlignment); }
+  };
+
+  std::unique_ptr<std::uint8_t[], Delete> bytes_;
   std::size_t size_ = 0;
 };
 

@@ -18,6 +18,9 @@ using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 FilePtr OpenFile(const OLECHAR* path, const char* mode);
 FilePtr OpenFile(const std::filesystem::path& path, const char* mode);
 
+/// Where logs for support go: the root of drive C: on Windows, the temporary folder elsewhere.
+std::filesystem::path DebugFolder();
+
 /// Removes a regular file if there is one; leaves directories and devices alone.
 void RemoveFile(const OLECHAR* path);
 

@@ -11,7 +11,8 @@ namespace {
 // Bytes of the sector.
 constexpr std::size_t kRequest = 34, kAddress = 36, kAddressHigh = 37, kValue = 38, kReadBack = 40;
 constexpr std::size_t kStatus = 42, kReady = 44, kRun = 46, kOneByte = 48, kValueHigh = 50, kUnused = 51;
-constexpr std::size_t kWidth = 64, kHeight = 68, kTrigger = 80, kBits = 96, kAux = 98;
+constexpr std::size_t kWidth = 64, kHeight = 68, kLeft = 72, kTop = 76, kTrigger = 80;
+constexpr std::size_t kBits = 96, kAux = 98;
 
 constexpr std::uint8_t kWriteRequest = 1, kReadRequest = 2;
 constexpr std::uint8_t kWriteBusy = 1, kWriteDone = 2, kReadBusy = 4, kReadDone = 8;
@@ -36,6 +37,10 @@ constexpr SettingByte kSettings[] = {
     {kWidth + 2, [](std::uint8_t) { return true; }},
     {kHeight, [](std::uint8_t) { return true; }},
     {kHeight + 2, [](std::uint8_t) { return true; }},
+    {kLeft, [](std::uint8_t) { return true; }},
+    {kLeft + 2, [](std::uint8_t) { return true; }},
+    {kTop, [](std::uint8_t) { return true; }},
+    {kTop + 2, [](std::uint8_t) { return true; }},
     {kTrigger, [](std::uint8_t byte) { return byte <= 1; }},
     {kBits, [](std::uint8_t byte) { return byte <= 8 && (byte & (byte - 1)) == 0; }},
     {kAux, [](std::uint8_t byte) { return byte <= 3; }},
@@ -43,6 +48,11 @@ constexpr SettingByte kSettings[] = {
 
 constexpr std::size_t kRequestFields[] = {kRequest,   kAddress,   kAddressHigh, kValue,
                                           kValue + 1, kValueHigh, kUnused};
+
+/// Whether the controller cuts the window out of the sensor's picture.
+bool CutsWindow(const SensorMap& map) {
+  return map.left[0].address == kControllerLeft;
+}
 
 }  // namespace
 
@@ -137,6 +147,8 @@ DriverResult SataWire::TakeRequest(const SectorBytes& written) {
   if (IsRunning()) return Refuse(DriverError::GeneralFailure, "register access while the camera runs");
   if (Camera().Map().addressBytes == 1 && written[kAddressHigh] != 0)
     return Refuse(DriverError::GeneralFailure, "register address of two bytes");
+  if (Camera().Map().valueBytes == 1 && request == kWriteRequest && written[kValue + 1] != 0)
+    return Refuse(DriverError::GeneralFailure, "register value of two bytes");
   SectorBytes expected = sector_;
   for (const std::size_t field : kRequestFields) expected[field] = written[field];
   const auto changed = std::ranges::mismatch(written, expected).in1;
@@ -158,7 +170,8 @@ DriverResult SataWire::TakeSettings(const SectorBytes& written) {
     if (!isValid(written[offset]) && (whole || offset == kRun))
       return Refuse(DriverError::GeneralFailure,
                     "setting " + Hex(written[offset]) + " in byte " + std::to_string(offset));
-    rest[offset] = 0;
+    const bool unused = offset >= kLeft && offset <= kTop + 2 && !CutsWindow(Camera().Map());
+    if (!unused) rest[offset] = 0;
   }
   if (whole) {
     const auto stray = std::ranges::find_if(rest, [](std::uint8_t byte) { return byte != 0; });
@@ -170,10 +183,20 @@ DriverResult SataWire::TakeSettings(const SectorBytes& written) {
   if (whole) {
     for (const auto& setting : kSettings) sector_[setting.offset] = written[setting.offset];
     sector_[kStatus] = 0;
+    TellSensor();
   }
   sector_[kRun] = runBefore;
   SetRun(written[kRun]);
   return DriverResult::Done(kSectorSize);
+}
+
+void SataWire::TellSensor() {
+  const auto word = [this](std::size_t at) { return FromBytes16(sector_[at], sector_[at + 2]); };
+  Camera().WriteRegister(kControllerTrigger, sector_[kTrigger]);
+  Camera().WriteRegister(kControllerLeft, word(kLeft));
+  Camera().WriteRegister(kControllerTop, word(kTop));
+  Camera().WriteRegister(kControllerColumns, word(kWidth));
+  Camera().WriteRegister(kControllerRows, word(kHeight));
 }
 
 void SataWire::SetRun(std::uint8_t run) {

@@ -9,6 +9,12 @@
 
 namespace zel {
 
+// What the controller knows from the settings, for sensors that leave it to the controller: shown to the
+// sensor as registers that no request reaches.
+constexpr std::uint16_t kControllerTrigger = 0xFF00;
+constexpr std::uint16_t kControllerLeft = 0xFF01, kControllerTop = 0xFF02;
+constexpr std::uint16_t kControllerColumns = 0xFF03, kControllerRows = 0xFF04;
+
 /// The wire of the SATA cameras: a volume with one sector for commands, settings and status, and two image
 /// areas that the camera fills in turn. Takes only what the camera defines; all else fails and is noted as a
 /// protocol error: a request must bring back the sector as it was read but for its own fields, settings must
@@ -35,6 +41,7 @@ class SataWire : public SectorWire {
   DriverResult TakeRequest(const SectorBytes& written);
   DriverResult TakeSettings(const SectorBytes& written);
   DriverError AwaitArea(std::size_t area, VirtualCamera::Frame* frame);
+  void TellSensor();
   void SetRun(std::uint8_t run);
   void FinishRequest();
   bool IsRunning() const;

@@ -181,10 +181,10 @@ TEST(ImageObject, UniformFrames) {
 TEST(ImageObject, ConversionsAsReference) {
   const int width = 19, height = 12, pitch = 22;
   for (int mode = 0; mode < 4; ++mode) {
-    const Bytes frame = RandomBytes(std::size_t(pitch * height), unsigned(mode));
+    const Bytes frame = RandomBytes(std::size_t{pitch} * height, unsigned(mode));
     Bytes sorted = frame, scratch(std::size_t{pitch});
     for (int row = 0; row < height; ++row)
-      SortTwoTapRow(&sorted[std::size_t(row * pitch)], pitch, 1, scratch.data());
+      SortTwoTapRow(&sorted[static_cast<std::size_t>(row) * pitch], pitch, 1, scratch.data());
     const auto gradient = [&](const Bytes& from, std::array<double, 3> gains) {
       reference::Padded padded(from, pitch, width, height);
       return reference::Gradient(padded, width, height, mode, gains, nullptr, nullptr);
@@ -267,7 +267,7 @@ TEST(ImageObject, CopiesTakeFormatAndPicture) {
       SetSize(*image, width, 8);
       image->SetBayerMode(2);
       image->SetKeepRaw(width == 12);
-      Convert(*image, RandomBytes(static_cast<std::size_t>(8 * width), unsigned(width)));
+      Convert(*image, RandomBytes(8 * static_cast<std::size_t>(width), unsigned(width)));
       image->CopyTo(&copy);
       EXPECT_EQ(Output(copy), Output(*image));
       EXPECT_EQ(RawCopy(copy), RawCopy(*image));

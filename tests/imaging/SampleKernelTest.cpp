@@ -2,8 +2,12 @@
 
 #include <cmath>
 
+#include "imaging/EachTarget.h"
+#include "imaging/GuardedBytes.h"
 #include "imaging/kernels/Complementary.h"
 #include "imaging/kernels/Luminance.h"
+#include "imaging/kernels/MosaicSums.h"
+#include "imaging/kernels/Pixels.h"
 #include "imaging/kernels/Samples.h"
 #include "imaging/kernels/Yuv.h"
 #include "imaging/reference/DemosaicReference.h"
@@ -15,38 +19,89 @@ using reference::Byte;
 using reference::Bytes;
 using reference::RandomBytes;
 
-TEST(Samples, PackInPlaceAcrossPieces) {
-  for (const std::size_t count : {1u, 2u, 1023u, 1024u, 1025u, 5000u}) {
-    const Bytes samples = RandomBytes(2 * count, unsigned(count));
-    Bytes tenBit = samples, low = samples;
+using Samples = EachTarget;
+FOR_EACH_TARGET(Samples);
+
+constexpr std::size_t kCounts[] = {1, 2, 3, 15, 16, 17, 31, 33, 63, 64, 65, 127, 128, 129, 200, 1025};
+
+TEST_P(Samples, PackedInPlaceAndThroughTables) {
+  for (const std::size_t count : kCounts) {
+    const Bytes samples = RandomBytes(2 * count, unsigned(count)), table = RandomBytes(256, 1);
+    GuardedBytes tenBit(samples), low(samples), mapped(samples);
     PackTenBit(tenBit.data(), count, tenBit.data());
     PackLowByte(low.data(), count, low.data());
+    ApplyTable(mapped.data(), 2 * count, table.data());
     for (std::size_t i = 0; i < count; ++i) {
-      ASSERT_EQ(tenBit[i], (samples[2 * i] + 256 * samples[2 * i + 1]) / 4 % 256) << i << " of " << count;
-      ASSERT_EQ(low[i], samples[2 * i]) << i << " of " << count;
+      ASSERT_EQ(tenBit.data()[i], (samples[2 * i] + 256 * samples[2 * i + 1]) / 4 % 256)
+          << i << " of " << count;
+      ASSERT_EQ(low.data()[i], samples[2 * i]) << i << " of " << count;
+    }
+    for (std::size_t i = 0; i < 2 * count; ++i) ASSERT_EQ(mapped.data()[i], table[samples[i]]) << i;
+  }
+}
+
+TEST_P(Samples, TwoTapRows) {
+  for (const std::size_t bytes : {1u, 2u}) {
+    for (const std::size_t count : kCounts) {
+      const Bytes row = RandomBytes(count * bytes, unsigned(count));
+      Bytes expected = row;
+      for (std::size_t i = 0; i + 1 < count; ++i) {
+        const std::size_t to = i % 2 ? count - 1 - i / 2 : i / 2;
+        for (std::size_t k = 0; k < bytes; ++k) expected[to * bytes + k] = row[i * bytes + k];
+      }
+      // Of an odd row the last pair ends before the last sample, and the middle keeps its own.
+      if (count % 2 == 0) {
+        for (std::size_t k = 0; k < bytes; ++k)
+          expected[count / 2 * bytes + k] = row[(count - 1) * bytes + k];
+      } else {
+        for (std::size_t k = 0; k < bytes; ++k) expected[count / 2 * bytes + k] = row[count / 2 * bytes + k];
+      }
+      GuardedBytes actual(row), scratch(row);
+      SortTwoTapRow(actual.data(), count, bytes, scratch.data());
+      ASSERT_EQ(actual.Copy(), expected) << count << " of " << bytes;
     }
   }
 }
 
-TEST(Samples, TwoTapRows) {
-  const struct {
-    std::size_t sampleBytes;
-    Bytes row, sorted;
-  } kRows[] = {
-      {1, {7}, {7}},
-      {1, {1, 2}, {1, 2}},
-      {1, {1, 2, 3, 4, 5}, {1, 3, 3, 4, 2}},
-      {1, {1, 2, 3, 4, 5, 6}, {1, 3, 5, 6, 4, 2}},
-      {2, {1, 91, 2, 92, 3, 93, 4, 94}, {1, 91, 3, 93, 4, 94, 2, 92}},
-  };
-  for (const auto& [sampleBytes, row, sorted] : kRows) {
-    Bytes actual = row, scratch(row.size());
-    SortTwoTapRow(actual.data(), row.size() / sampleBytes, sampleBytes, scratch.data());
-    EXPECT_EQ(actual, sorted);
+TEST_P(Samples, SumsByParity) {
+  for (const std::size_t width : kCounts) {
+    const Bytes mosaic = width == 200 ? Bytes(5 * width, 255) : RandomBytes(5 * width, unsigned(width));
+    std::uint64_t expected[2][2] = {};
+    for (std::size_t i = 0; i < mosaic.size(); ++i) expected[i / width % 2][i % width % 2] += mosaic[i];
+    GuardedBytes guarded(mosaic);
+    const auto w = static_cast<int>(width);
+    const MosaicSums sums = SumMosaic(guarded.data(), w, w, 5);
+    for (int i = 0; i < 4; ++i) ASSERT_EQ(sums.at[i / 2][i % 2], expected[i / 2][i % 2]) << width;
   }
 }
 
-TEST(Yuv, EveryEntryAsTheFormula) {
+TEST_P(Samples, ExpandedPixels) {
+  for (const std::size_t count : kCounts) {
+    const Bytes colors = RandomBytes(3 * count, unsigned(count));
+    GuardedBytes guarded(colors), packed(Bytes(4 * count)), grey(Bytes(4 * count));
+    ExpandPacked(guarded.data(), count, packed.data());
+    ExpandGrey(guarded.data() + 2 * count, count, 17, grey.data());
+    for (std::size_t i = 0; i < 4 * count; ++i) {
+      ASSERT_EQ(packed.data()[i], i % 4 == 3 ? 255 : colors[i / 4 * 3 + i % 4]) << i << " of " << count;
+      ASSERT_EQ(grey.data()[i], i % 4 == 3 ? 17 : colors[2 * count + i / 4]) << i << " of " << count;
+    }
+  }
+}
+
+TEST_P(Samples, YuvTailsStayInside) {
+  for (const std::size_t groups : kCounts) {
+    const Bytes yuv = RandomBytes(4 * groups, unsigned(groups));
+    GuardedBytes guarded(yuv), all(Bytes(8 * groups));
+    Bytes one(8);
+    YuvToPixels(guarded.data(), groups, all.data());
+    for (std::size_t i = 0; i < groups; ++i) {
+      YuvToPixels(&yuv[4 * i], 1, one.data());
+      ASSERT_TRUE(std::equal(one.begin(), one.end(), all.data() + 8 * i)) << i << " of " << groups;
+    }
+  }
+}
+
+TEST_P(Samples, YuvEveryEntryAsTheFormula) {
   Bytes row(4 * 128), pixels(4 * 256);
   for (int u = 0; u < 256; ++u) {
     for (int v = 0; v < 256; ++v) {
@@ -69,11 +124,28 @@ TEST(Yuv, EveryEntryAsTheFormula) {
   }
 }
 
-TEST(Luminance, RoundsEachPixel) {
+TEST_P(Samples, LuminanceRoundsEachPixel) {
   // Blue, green, red 10, 20, 30 is 21.85; 1, 0, 1 is 0.413.
   const Bytes bgra{10, 20, 30, 255, 1, 0, 1, 255}, bgr{10, 20, 30, 1, 0, 1};
   EXPECT_EQ(SumLuminance(bgra.data(), 2, 4), 22u);
   EXPECT_EQ(SumLuminance(bgr.data(), 2, 3), 22u);
+  for (const std::size_t count : kCounts) {
+    const Bytes pixels = RandomBytes(4 * count, unsigned(count));
+    std::uint64_t expected[2] = {};
+    for (std::size_t i = 0; i < count; ++i) {
+      for (const std::size_t bytes : {3u, 4u}) {
+        const std::uint8_t* p = &pixels[bytes * i];
+        const float r = 0.299f * p[2], g = 0.587f * p[1], b = 0.114f * p[0];
+        expected[bytes - 3] += static_cast<std::uint64_t>(r + g + b + 0.5f);
+      }
+    }
+    GuardedBytes guarded(pixels);
+    ASSERT_EQ(SumLuminance(guarded.data(), count, 4), expected[1]) << count;
+    ASSERT_EQ(SumLuminance(guarded.data() + count, count, 3),
+              SumLuminance(Bytes(pixels.begin() + static_cast<std::ptrdiff_t>(count), pixels.end()).data(),
+                           count, 3));
+    ASSERT_EQ(SumLuminance(pixels.data(), count, 3), expected[0]) << count;
+  }
 }
 
 TEST(Complementary, AsReferenceAndInsideTheFrame) {

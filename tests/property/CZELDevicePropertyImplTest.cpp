@@ -57,11 +57,11 @@ struct Answer {
 };
 using Pattern = Answer[2][2];
 constexpr Answer kOk{S_OK, true}, kNo{E_NOTIMPL, false}, kBad{E_INVALIDARG, false};
-constexpr Pattern Ranged = {{kNo, kNo}, {kBad, kOk}};
-constexpr Pattern Flag = {{kNo, kNo}, {kOk, kOk}};
-constexpr Pattern RangeOnly = {{kBad, kOk}, {kBad, kOk}};
-constexpr Pattern StoreThenSupport = {{kBad, {E_NOTIMPL, true}}, {kBad, kOk}};
-constexpr Pattern Unchecked = {{kOk, kOk}, {kOk, kOk}};
+constexpr Pattern kRanged = {{kNo, kNo}, {kBad, kOk}};
+constexpr Pattern kFlag = {{kNo, kNo}, {kOk, kOk}};
+constexpr Pattern kRangeOnly = {{kBad, kOk}, {kBad, kOk}};
+constexpr Pattern kStoreThenSupport = {{kBad, {E_NOTIMPL, true}}, {kBad, kOk}};
+constexpr Pattern kUnchecked = {{kOk, kOk}, {kOk, kOk}};
 
 struct Operation {
   LONG id;
@@ -77,35 +77,35 @@ struct Operation {
   }
 
 const Operation kOperations[] = {
-    OP(8, Flag, ExtTrigger),
-    OP(9, Flag, HalfClock),
-    OP(10, Flag, Strobe),
-    OP(11, Ranged, AnalogGlobalGain),
-    OP(12, Ranged, DigitalGlobalGain),
-    OP(13, Ranged, Shutter),
-    OP(25, Ranged, Thresh),
-    OP(26, Ranged, AutoThresh),
-    OP(27, Ranged, NoGainDep),
-    OP(28, Ranged, CalCtrl),
-    OP(29, Ranged, AuxValue1),
-    OP(30, Ranged, AuxValue2),
-    OP(31, Ranged, WhitePixelCanceling),
-    OP(32, Ranged, BlackPixelCanceling),
-    OP(33, Ranged, Denoise),
-    OP(34, Ranged, NightMode),
-    OP(35, Ranged, EdgeEnhance),
-    OP(36, Ranged, LensCorrection),
-    OP(37, RangeOnly, Saturation),
-    OP(38, RangeOnly, Brightness),
-    OP(39, RangeOnly, Contrast),
-    OP(40, RangeOnly, Hue),
-    OP(41, Ranged, Gamma),
-    OP(57, RangeOnly, ColorCorrection),
-    OP(60, StoreThenSupport, AuxValue3),
-    OP(61, StoreThenSupport, AuxValue4),
-    OP(62, Unchecked, DotFilterThreshold),
-    OP(63, Unchecked, DotFilterEnabled),
-    OP(64, RangeOnly, Sharpness),
+    OP(8, kFlag, ExtTrigger),
+    OP(9, kFlag, HalfClock),
+    OP(10, kFlag, Strobe),
+    OP(11, kRanged, AnalogGlobalGain),
+    OP(12, kRanged, DigitalGlobalGain),
+    OP(13, kRanged, Shutter),
+    OP(25, kRanged, Thresh),
+    OP(26, kRanged, AutoThresh),
+    OP(27, kRanged, NoGainDep),
+    OP(28, kRanged, CalCtrl),
+    OP(29, kRanged, AuxValue1),
+    OP(30, kRanged, AuxValue2),
+    OP(31, kRanged, WhitePixelCanceling),
+    OP(32, kRanged, BlackPixelCanceling),
+    OP(33, kRanged, Denoise),
+    OP(34, kRanged, NightMode),
+    OP(35, kRanged, EdgeEnhance),
+    OP(36, kRanged, LensCorrection),
+    OP(37, kRangeOnly, Saturation),
+    OP(38, kRangeOnly, Brightness),
+    OP(39, kRangeOnly, Contrast),
+    OP(40, kRangeOnly, Hue),
+    OP(41, kRanged, Gamma),
+    OP(57, kRangeOnly, ColorCorrection),
+    OP(60, kStoreThenSupport, AuxValue3),
+    OP(61, kStoreThenSupport, AuxValue4),
+    OP(62, kUnchecked, DotFilterThreshold),
+    OP(63, kUnchecked, DotFilterEnabled),
+    OP(64, kRangeOnly, Sharpness),
 };
 
 TEST(PropertyStore, SettersAndGettersFollowTheirPatterns) {

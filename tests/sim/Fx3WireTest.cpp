@@ -60,7 +60,7 @@ class Fx3Client {
 
   void Open() {
     DriverError error{};
-    handle = host->Open({*host->InterfacePath(kClass, 2), 0x40000000, 2, 0x40000000}, &error);
+    handle = host->Open({host->InterfacePath(kClass, 2).value_or(u""), 0x40000000, 2, 0x40000000}, &error);
   }
   std::vector<std::string> Errors() { return host->Camera({98, 2})->ProtocolErrors(); }
   DriverResult Control(std::uint32_t code, Bytes& transfer) {

@@ -234,7 +234,7 @@ TEST_F(Program, TellsATimeoutFromAVanishedCamera) {
 }
 
 TEST_F(Program, ReplaysARecordedSessionWithoutTheCamera) {
-  for (const char* const type : {"13", "67", "78", "98"}) {
+  for (const char* const type : {"13", "67", "78", "98", "1@69"}) {
     const Outcome grab = Run(fmt::format(
         "--sim {} grab -n 3 --set shutter=100 --set roi-width=64 --set roi-height=48 --record {}.zel", type,
         type));

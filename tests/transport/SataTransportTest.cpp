@@ -292,7 +292,7 @@ TEST_F(SataTransport, ChangesAreAppliedBetweenFrames) {
   buffer.assign(512, 0);
   const std::string stop = "@20000 512; @20000: +46 02 00 01 +64 18 +68 10 +96 01; sleep 8; ";
   const std::string run = "@20000: +46 01 00 01 +64 18 +68 10 +96 01; @20000 512; sleep 8; ";
-  EXPECT_EQ(camera.ReadFrame(buffer.data()), 1);
+  EXPECT_EQ(camera.ReadFrame(buffer.data()), kReadWithoutFrame);
   EXPECT_EQ(host.TakeLog(),
             stop +
                 "message window; sleep 8; message sub-sampling; sleep 8; message gain; sleep "

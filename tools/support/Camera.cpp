@@ -6,6 +6,7 @@
 #include "device/CZELDevice.h"
 #include "models/ModelTable.h"
 #include "platform/Text.h"
+#include "sim/SimDriverHost.h"
 #include "tools/support/OpenWatch.h"
 #include "tools/support/Words.h"
 
@@ -45,13 +46,16 @@ IndexRange IndexesOf(IZELCamera& camera) {
 
 bool Answers(IZELCamera& camera, CameraId id) {
   LONG valid = 0;
+  const Family family = ModelOf(id.type).family;
+  auto* const simulation = dynamic_cast<SimDriverHost*>(&CurrentDriverHost());
+  const bool simulated = simulation != nullptr && simulation->Camera({id.type, id.index}) != nullptr;
   // A SATA camera never says that it is valid, and any volume can be opened: on a real system, where the next
   // letter may be the user's disk, such a camera has to be named.
-  if (ModelOf(id.type).family == Family::Sata) {
-    return &CurrentDriverHost() != &SystemDriverHost() && SUCCEEDED(camera.OpenCamera(id.index, &valid));
-  }
+  if (family == Family::Sata) return simulated && SUCCEEDED(camera.OpenCamera(id.index, &valid));
   if (FAILED(camera.IsCameraValid(id.index, &valid))) return false;
-  if (ModelOf(id.type).family != Family::Usb30) return true;
+  // Nor does an FX3 controller tell which camera it serves; a simulation knows.
+  if (family == Family::Usb3T2) return simulated || simulation == nullptr;
+  if (family != Family::Usb30) return true;
   // To these types any disk looks like a camera; the catalogue asks the disk which one it is.
   LONG type = 0;
   Builder().GetUsb3CameraType(id.index, &type);

@@ -1,23 +1,25 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "imaging/ColorGains.h"
 #include "imaging/kernels/BayerTaps.h"
+#include "imaging/kernels/PlaneRow.h"
 
 namespace zel {
 
-/// The plain bilinear picture of a mosaic of at least 5 x 5 samples (`pitch` in bytes), written as 32-bit
-/// pixels: rows firstRow..endRow-1, of which those from 2 to height - 3 are computed and the others repeat
-/// the nearest computed one, as do the outer two columns. Gains (128 is unity) count within 0..2^19.
-void DirectDemosaic(const std::uint8_t* frame, std::ptrdiff_t pitch, int width, int height, BayerPhase phase,
-                    const ColorGains& gains, int firstRow, int endRow, std::uint8_t* out,
-                    std::ptrdiff_t outStride);
+/// Four rows of a mosaic, the third being the one that is converted; each with slack.
+struct MosaicRows {
+  const std::uint8_t* farAbove;
+  const std::uint8_t* above;
+  const std::uint8_t* here;
+  const std::uint8_t* below;
+};
 
-/// The same with green alone, as grey pixels without gains.
-void DirectDemosaicGrey(const std::uint8_t* frame, std::ptrdiff_t pitch, int width, int height,
-                        BayerPhase phase, int firstRow, int endRow, std::uint8_t* out,
-                        std::ptrdiff_t outStride);
+/// The plain bilinear colours of one row, at the point between four samples up and left of each, with gains
+/// (128 is unity, above 2^19 counts as that, negative as 0). A grey row becomes green alone, without gains.
+/// `phase` is that of the row's first sample. The first two columns and the last are without meaning.
+void DirectRow(const MosaicRows& rows, int width, BayerPhase phase, const ColorGains& gains,
+               const PlaneRow& out);
 
 }  // namespace zel

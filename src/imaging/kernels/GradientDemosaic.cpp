@@ -1,178 +1,129 @@
 #include "imaging/kernels/GradientDemosaic.h"
 
-#include <algorithm>
-#include <array>
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/kernels/GradientDemosaic.cpp"
+#include <hwy/foreach_target.h>
 
+#include "imaging/kernels/Lanes-inl.h"
+
+HWY_BEFORE_NAMESPACE();
 namespace zel {
+namespace HWY_NAMESPACE {
 namespace {
 
-// Columns worked on at a time: three planes of 16-bit lanes stay in the first-level cache.
-constexpr int kChunk = 512;
-
-using Plane = std::array<std::int16_t, kChunk>;
-
-struct Planes {
-  Plane red, green, blue;
+// Sums over the neighbourhood of a sample; each fits into 10 bits.
+struct Taps {
+  WordsV here;
+  WordsV beside, farBeside;  // one and two columns away
+  WordsV above, farAbove;    // one and two rows away, above and below
+  WordsV corners;
 };
 
-// All ones in every second lane, so that one loop blends the two column phases without a branch.
-constexpr auto kOddColumns = [] {
-  std::array<std::int16_t, kChunk + 1> mask{};
-  for (std::size_t i = 1; i < mask.size(); i += 2) mask[i] = -1;
-  return mask;
-}();
+struct ColumnTaps {
+  Taps even, odd;
+};
 
-constexpr std::int16_t Limit(int v) {
-  return static_cast<std::int16_t>(std::clamp(v, 0, 255));
+// The interpolated sums lie within -3060..7148, so that 16-bit lanes hold them and their rounding.
+
+HWY_INLINE WordsV Green(const Taps& t) {
+  const auto crossed = hn::Add(hn::Add(hn::Add(t.here, t.here), t.beside), t.above);
+  const auto far = hn::Add(t.farBeside, t.farAbove);
+  // Twice the sum would be in sixteenths.
+  const auto eighths = hn::Sub(hn::Add(crossed, crossed), far);
+  return Limit(hn::ShiftRight<3>(hn::Add(eighths, hn::Set(Words(), 4))));
 }
 
-constexpr std::int16_t Sixteenths(int sum) {
-  // Every sum of the interpolation lies within -3060..7148, so 16-bit lanes hold it.
-  const auto lane = static_cast<std::int16_t>(sum + 8);
-  return Limit(lane >> 4);
+HWY_INLINE WordsV Diagonal(const Taps& t) {
+  const auto far = hn::Add(t.farBeside, t.farAbove);
+  const auto three = hn::Add(hn::Add(t.here, t.here), t.here);
+  const auto quarter = hn::Sub(hn::Add(three, t.corners), far);
+  const auto sum = hn::Add(hn::Add(hn::ShiftLeft<2>(quarter), far), hn::Set(Words(), 8));
+  return Limit(hn::ShiftRight<4>(sum));
 }
 
-constexpr std::int16_t Choose(std::int16_t mask, std::int16_t ifSet, std::int16_t ifClear) {
-  return static_cast<std::int16_t>((ifSet & mask) | (ifClear & ~mask));
+// What the two other colours at a green sample have in common, with the rounding.
+HWY_INLINE WordsV AtGreen(const Taps& t) {
+  const auto five = hn::Add(hn::ShiftLeft<2>(t.here), t.here);
+  const auto half = hn::Add(hn::Sub(five, t.corners), hn::Set(Words(), 4));
+  return hn::Add(half, half);
 }
 
-/// `p` points at the first of `count` samples. On a row, green alternates with one other colour, the row's
-/// own; the third colour is the one of the rows above and below.
-void InterpolateRow(const std::uint8_t* __restrict p, std::ptrdiff_t stride, int count, bool greenFirst,
-                    std::int16_t* __restrict own, std::int16_t* __restrict green,
-                    std::int16_t* __restrict other) {
-  const std::uint8_t* __restrict n = p - stride;
-  const std::uint8_t* __restrict s = p + stride;
-  const std::uint8_t* __restrict nn = n - stride;
-  const std::uint8_t* __restrict ss = s + stride;
-  const std::int16_t* __restrict atGreen = kOddColumns.data() + (greenFirst ? 1 : 0);
-  for (int i = 0; i < count; ++i) {
-    const auto here = static_cast<std::int16_t>(p[i]);
-    const auto beside = static_cast<std::int16_t>(p[i - 1] + p[i + 1]);
-    const auto above = static_cast<std::int16_t>(n[i] + s[i]);
-    const auto corners = static_cast<std::int16_t>(n[i - 1] + n[i + 1] + s[i - 1] + s[i + 1]);
-    const auto farBeside = static_cast<std::int16_t>(p[i - 2] + p[i + 2]);
-    const auto farAbove = static_cast<std::int16_t>(nn[i] + ss[i]);
+// The colour found in one direction of a green sample; `across` is what lies two away in the other direction.
+HWY_INLINE WordsV Along(WordsV atGreen, WordsV near, WordsV far, WordsV across) {
+  const auto half = hn::Sub(hn::ShiftLeft<2>(near), far);
+  const auto sum = hn::Add(hn::Add(atGreen, across), hn::Add(half, half));
+  return Limit(hn::ShiftRight<4>(sum));
+}
 
-    const auto greenHere = Sixteenths(8 * here + 4 * (beside + above) - 2 * (farBeside + farAbove));
-    const auto diagonal = Sixteenths(12 * here + 4 * corners - 3 * (farBeside + farAbove));
-    const auto fromBeside = Sixteenths(10 * here + 8 * beside - 2 * (corners + farBeside) + farAbove);
-    const auto fromAbove = Sixteenths(10 * here + 8 * above - 2 * (corners + farAbove) + farBeside);
+HWY_INLINE ColumnTaps LoadTaps(const std::uint8_t* p, std::ptrdiff_t stride) {
+  const auto load = [](const std::uint8_t* from) HWY_ATTR { return hn::LoadU(Bytes(), from); };
+  const auto left = load(p - 2), middle = load(p), right = load(p + 2);
+  const auto above = load(p - stride), below = load(p + stride);
+  const auto farAbove = load(p - 2 * stride), farBelow = load(p + 2 * stride);
+  const auto even = Evens(middle), odd = Odds(middle);
+  const auto evenRight = Evens(right), oddLeft = Odds(left);
+  const auto nearEven = hn::Add(Evens(above), Evens(below)), nearOdd = hn::Add(Odds(above), Odds(below));
+  const auto nearOddLeft = hn::Add(Odds(load(p - stride - 2)), Odds(load(p + stride - 2)));
+  const auto nearEvenRight = hn::Add(Evens(load(p - stride + 2)), Evens(load(p + stride + 2)));
+  return {{even, hn::Add(oddLeft, odd), hn::Add(Evens(left), evenRight), nearEven,
+           hn::Add(Evens(farAbove), Evens(farBelow)), hn::Add(nearOddLeft, nearOdd)},
+          {odd, hn::Add(even, evenRight), hn::Add(oddLeft, Odds(right)), nearOdd,
+           hn::Add(Odds(farAbove), Odds(farBelow)), hn::Add(nearEven, nearEvenRight)}};
+}
 
-    own[i] = Choose(atGreen[i], fromBeside, here);
-    green[i] = Choose(atGreen[i], here, greenHere);
-    other[i] = Choose(atGreen[i], fromAbove, diagonal);
+/// On a row, green alternates with one other colour, the row's own; the third is that of the rows above and
+/// below.
+template <bool kGreenFirst>
+void ColorRow(const std::uint8_t* samples, std::ptrdiff_t stride, int width, std::uint8_t* own,
+              std::uint8_t* green, std::uint8_t* other) {
+  const auto merge = [](WordsV atGreen, WordsV atColor)
+                         HWY_ATTR { return kGreenFirst ? Merge(atGreen, atColor) : Merge(atColor, atGreen); };
+  for (int i = 0; i < width; i += static_cast<int>(hn::Lanes(Bytes()))) {
+    const ColumnTaps taps = LoadTaps(samples + i, stride);
+    const Taps& g = kGreenFirst ? taps.even : taps.odd;
+    const Taps& c = kGreenFirst ? taps.odd : taps.even;
+    const auto common = AtGreen(g);
+    hn::StoreU(merge(Along(common, g.beside, g.farBeside, g.farAbove), c.here), Bytes(), own + i);
+    hn::StoreU(merge(g.here, Green(c)), Bytes(), green + i);
+    hn::StoreU(merge(Along(common, g.above, g.farAbove, g.farBeside), Diagonal(c)), Bytes(), other + i);
   }
 }
 
-void InterpolateGreen(const std::uint8_t* __restrict p, std::ptrdiff_t stride, int count, bool greenFirst,
-                      std::int16_t* __restrict green) {
-  const std::uint8_t* __restrict n = p - stride;
-  const std::uint8_t* __restrict s = p + stride;
-  const std::uint8_t* __restrict nn = n - stride;
-  const std::uint8_t* __restrict ss = s + stride;
-  const std::int16_t* __restrict atGreen = kOddColumns.data() + (greenFirst ? 1 : 0);
-  for (int i = 0; i < count; ++i) {
-    const auto here = static_cast<std::int16_t>(p[i]);
-    const auto adjacent = static_cast<std::int16_t>(p[i - 1] + p[i + 1] + n[i] + s[i]);
-    const auto beyond = static_cast<std::int16_t>(p[i - 2] + p[i + 2] + nn[i] + ss[i]);
-    green[i] = Choose(atGreen[i], here, Sixteenths(8 * here + 4 * adjacent - 2 * beyond));
+template <bool kGreenFirst>
+void GreyRow(const std::uint8_t* samples, std::ptrdiff_t stride, int width, std::uint8_t* green) {
+  for (int i = 0; i < width; i += static_cast<int>(hn::Lanes(Bytes()))) {
+    const ColumnTaps taps = LoadTaps(samples + i, stride);
+    const auto merged =
+        kGreenFirst ? Merge(taps.even.here, Green(taps.odd)) : Merge(Green(taps.even), taps.odd.here);
+    hn::StoreU(merged, Bytes(), green + i);
   }
 }
 
-void ApplyGain(std::int16_t* __restrict plane, int count, std::int32_t gain) {
-  if (gain == 1 << PlaneGains::kShift) return;
-  constexpr std::int32_t kHalf = 1 << (PlaneGains::kShift - 1);
-  for (int i = 0; i < count; ++i) plane[i] = Limit((plane[i] * gain + kHalf) >> PlaneGains::kShift);
-}
-
-void ApplyMatrix(Planes& planes, int count, const FixedColorMatrix& matrix) {
-  std::int16_t* __restrict red = planes.red.data();
-  std::int16_t* __restrict green = planes.green.data();
-  std::int16_t* __restrict blue = planes.blue.data();
-  std::array<int, 12> c;
-  for (int column = 0; column < 3; ++column) {
-    for (int row = 0; row < 4; ++row) c[std::size_t(4 * column + row)] = matrix.c[row][column];
+void GradientRow(const std::uint8_t* samples, std::ptrdiff_t stride, int width, BayerPhase phase,
+                 const PlaneRow& out) {
+  const bool greenFirst = phase.row == phase.column;
+  if (out.IsGrey()) {
+    (greenFirst ? GreyRow<true> : GreyRow<false>)(samples, stride, width, out.green);
+    return;
   }
-  for (int i = 0; i < count; ++i) {
-    const int r = red[i], g = green[i], b = blue[i];
-    red[i] = Limit((r * c[0] + g * c[1] + b * c[2] + c[3] + 32) >> 6);
-    green[i] = Limit((r * c[4] + g * c[5] + b * c[6] + c[7] + 32) >> 6);
-    blue[i] = Limit((r * c[8] + g * c[9] + b * c[10] + c[11] + 32) >> 6);
-  }
-}
-
-void ApplyTable(std::int16_t* __restrict plane, int count, const std::uint8_t* __restrict table) {
-  for (int i = 0; i < count; ++i) plane[i] = table[plane[i]];
-}
-
-template <int kPixelBytes>
-void StorePixels(const std::int16_t* __restrict red, const std::int16_t* __restrict green,
-                 const std::int16_t* __restrict blue, int count, std::uint8_t* __restrict out) {
-  for (int i = 0; i < count; ++i) {
-    out[kPixelBytes * i] = static_cast<std::uint8_t>(blue[i]);
-    out[kPixelBytes * i + 1] = static_cast<std::uint8_t>(green[i]);
-    out[kPixelBytes * i + 2] = static_cast<std::uint8_t>(red[i]);
-    if constexpr (kPixelBytes == 4) out[kPixelBytes * i + 3] = 255;
-  }
-}
-
-void StorePixels(const Plane& red, const Plane& green, const Plane& blue, int count, int pixelBytes,
-                 std::uint8_t* out) {
-  const auto store = pixelBytes == 4 ? StorePixels<4> : StorePixels<3>;
-  store(red.data(), green.data(), blue.data(), count, out);
-}
-
-/// Calls `chunk(samples, row phase, green first, count, pixels)` for each piece of the rows.
-template <class Chunk>
-void ForEachChunk(const MosaicView& mosaic, int firstRow, int endRow, int pixelBytes, std::uint8_t* out,
-                  std::ptrdiff_t outStride, Chunk chunk) {
-  for (int row = firstRow; row < endRow; ++row) {
-    // kChunk is even: the column phase at a chunk's start is that of the row's first sample.
-    const BayerPhase phase = PhaseAt(mosaic.phase, row, 0);
-    for (int column = 0; column < mosaic.width; column += kChunk) {
-      chunk(mosaic.samples + row * mosaic.stride + column, phase, std::min(kChunk, mosaic.width - column),
-            out + row * outStride + std::ptrdiff_t{column} * pixelBytes);
-    }
-  }
-}
-
-constexpr bool IsGreen(BayerPhase phase) {
-  return phase.row == phase.column;
+  (greenFirst ? ColorRow<true> : ColorRow<false>)(samples, stride, width, phase.row ? out.blue : out.red,
+                                                  out.green, phase.row ? out.red : out.blue);
 }
 
 }  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace zel
+HWY_AFTER_NAMESPACE();
 
-void GradientDemosaic(const MosaicView& mosaic, int firstRow, int endRow, const PixelTones& tones,
-                      int pixelBytes, std::uint8_t* out, std::ptrdiff_t outStride) {
-  Planes planes;
-  ForEachChunk(mosaic, firstRow, endRow, pixelBytes, out, outStride,
-               [&](const std::uint8_t* samples, BayerPhase phase, int count, std::uint8_t* pixels) {
-                 Plane& own = phase.row ? planes.blue : planes.red;
-                 Plane& other = phase.row ? planes.red : planes.blue;
-                 InterpolateRow(samples, mosaic.stride, count, IsGreen(phase), own.data(),
-                                planes.green.data(), other.data());
-                 ApplyGain(planes.red.data(), count, tones.gains.r);
-                 ApplyGain(planes.green.data(), count, tones.gains.g);
-                 ApplyGain(planes.blue.data(), count, tones.gains.b);
-                 if (tones.matrix) ApplyMatrix(planes, count, *tones.matrix);
-                 if (tones.gamma) {
-                   for (Plane* plane : {&planes.red, &planes.green, &planes.blue}) {
-                     ApplyTable(plane->data(), count, tones.gamma);
-                   }
-                 }
-                 StorePixels(planes.red, planes.green, planes.blue, count, pixelBytes, pixels);
-               });
-}
+#if HWY_ONCE
+namespace zel {
 
-void GradientDemosaicGrey(const MosaicView& mosaic, int firstRow, int endRow, int pixelBytes,
-                          std::uint8_t* out, std::ptrdiff_t outStride) {
-  Plane green;
-  ForEachChunk(mosaic, firstRow, endRow, pixelBytes, out, outStride,
-               [&](const std::uint8_t* samples, BayerPhase phase, int count, std::uint8_t* pixels) {
-                 InterpolateGreen(samples, mosaic.stride, count, IsGreen(phase), green.data());
-                 StorePixels(green, green, green, count, pixelBytes, pixels);
-               });
+HWY_EXPORT(GradientRow);
+
+void GradientRow(const std::uint8_t* samples, std::ptrdiff_t stride, int width, BayerPhase phase,
+                 const PlaneRow& out) {
+  HWY_DYNAMIC_DISPATCH(GradientRow)(samples, stride, width, phase, out);
 }
 
 }  // namespace zel
+#endif

@@ -13,6 +13,12 @@ FilePtr OpenFile(const std::filesystem::path& path, const char* mode) {
   return FilePtr(std::fopen(path.c_str(), mode));
 }
 
+std::filesystem::path DebugFolder() {
+  std::error_code unknown;
+  const std::filesystem::path folder = std::filesystem::temp_directory_path(unknown);
+  return unknown ? "/tmp" : folder;
+}
+
 void RemoveFile(const OLECHAR* path) {
   const std::filesystem::path file(ToUtf8(path));
   std::error_code ignored;

@@ -16,6 +16,10 @@ FilePtr OpenFile(const std::filesystem::path& path, const char* mode) {
   return OpenFile(path.c_str(), mode);
 }
 
+std::filesystem::path DebugFolder() {
+  return L"C:\\";
+}
+
 void RemoveFile(const OLECHAR* path) {
   const std::filesystem::path file(path);
   std::error_code ignored;

@@ -46,6 +46,7 @@ bool CZELDevicePropertyImplSATA::CanReach() {
 }
 
 bool CZELDevicePropertyImplSATA::IsStreaming() const {
+  if (camera_ == nullptr) return false;
   const LONG state = camera_->GetStatus();
   return state == kStatePlaying || state == kStatePaused;
 }
@@ -58,7 +59,8 @@ HRESULT CZELDevicePropertyImplSATA::ApplyColorMatrix() {
   LONG width = 0;
   LONG height = 0;
   GetROI(nullptr, nullptr, &width, &height);
-  frame_ = LayOutSataFrame(width, height, settings_.transferMode != 0, settings_.inputFormat == kPackedColor);
+  twoBytes_ = settings_.transferMode != 0;
+  frame_ = LayOutSataFrame(width, height, twoBytes_, settings_.inputFormat == kPackedColor);
   MarkPending(kChangeEverything);
   if (!WriteSettings(SataRun::Stop)) return E_FAIL;
   ApplyPendingChanges();
@@ -75,16 +77,23 @@ LONG CZELDevicePropertyImplSATA::OnCaptureStopped() {
   return turn && WriteSettings(SataRun::Stop) ? S_OK : E_FAIL;
 }
 
+SataSettings CZELDevicePropertyImplSATA::WantedSettings() const {
+  return {.alignedWidth = frame_.alignedWidth,
+          .alignedHeight = frame_.alignedHeight,
+          .twoBytes = twoBytes_,
+          .externalTrigger = Record(kExtTrigger).current != 0,
+          .transferBits = settings_.transferBits,
+          .aux1 = Record(kAuxValue1).current != 0,
+          .aux2 = Record(kAuxValue2).current != 0};
+}
+
 bool CZELDevicePropertyImplSATA::WriteSettings(SataRun run) {
+  return SendSettings(WantedSettings(), run);
+}
+
+bool CZELDevicePropertyImplSATA::SendSettings(const SataSettings& settings, SataRun run) {
   const auto turn = volume_.TakeTurn();
-  sector_ = SataSettingsSector({.alignedWidth = frame_.alignedWidth,
-                                .alignedHeight = frame_.alignedHeight,
-                                .twoBytes = settings_.transferMode != 0,
-                                .externalTrigger = Record(kExtTrigger).current != 0,
-                                .transferBits = settings_.transferBits,
-                                .aux1 = Record(kAuxValue1).current != 0,
-                                .aux2 = Record(kAuxValue2).current != 0},
-                               run);
+  sector_ = SataSettingsSector(settings, run);
   const bool done = WriteCommandSector() && ReadCommandSector();
   Settle();
   return done;
@@ -265,23 +274,33 @@ bool CZELDevicePropertyImplSATA::ReadRegister8(std::uint8_t address, std::uint8_
 }
 
 bool CZELDevicePropertyImplSATA::WriteRegister24(LONG address, LONG value) {
-  const auto turn = volume_.TakeTurn();
-  if (!ReadCommandSector()) return false;
-  PutWideRegisterWrite(sector_, static_cast<std::uint16_t>(address), static_cast<std::uint32_t>(value));
-  if (!WriteCommandSector() || !Poll(RegisterWriteProgress)) return false;
-  Note(DriverHost::RegisterAccess::Write, static_cast<std::uint16_t>(address),
-       static_cast<std::uint32_t>(value));
-  return true;
+  return WriteWide(address, value, kWide22);
 }
 
 bool CZELDevicePropertyImplSATA::ReadRegister24(LONG address, LONG* value) {
+  return ReadWide(address, value, false);
+}
+
+bool CZELDevicePropertyImplSATA::WriteWide(LONG address, LONG value, std::uint32_t mask) {
   const auto turn = volume_.TakeTurn();
   if (!ReadCommandSector()) return false;
-  PutWideRegisterRead(sector_, static_cast<std::uint16_t>(address));
+  const auto number = static_cast<std::uint16_t>(address);
+  PutWideRegisterWrite(sector_, number, static_cast<std::uint32_t>(value) & mask);
+  if (!WriteCommandSector() || !Poll(RegisterWriteProgress)) return false;
+  Note(DriverHost::RegisterAccess::Write, number, static_cast<std::uint32_t>(value) & mask);
+  return true;
+}
+
+bool CZELDevicePropertyImplSATA::ReadWide(LONG address, LONG* value, bool sendRequest) {
+  const auto turn = volume_.TakeTurn();
+  if (!ReadCommandSector()) return false;
+  const auto number = static_cast<std::uint16_t>(address);
+  PutWideRegisterRead(sector_, number);
+  if (sendRequest && !WriteCommandSector()) return false;
   if (!Poll(RegisterReadProgress) || !ReadCommandSector()) return false;
-  *value = static_cast<LONG>(ReadBack(sector_));
-  Note(DriverHost::RegisterAccess::Read, static_cast<std::uint16_t>(address),
-       static_cast<std::uint32_t>(*value));
+  const std::uint32_t found = ReadBack(sector_);
+  *value = static_cast<LONG>(found);
+  Note(DriverHost::RegisterAccess::Read, number, found);
   return true;
 }
 

@@ -66,10 +66,16 @@ class CZELDevicePropertyImplSATA : public CZELDevicePropertyImpl {
   // Register access of a stopped camera; false when the camera does not acknowledge it.
   virtual bool WriteRegister8(std::uint8_t address, std::uint8_t high, std::uint8_t low);
   virtual bool ReadRegister8(std::uint8_t address, std::uint8_t* high, std::uint8_t* low);
-  virtual bool WriteRegister24(LONG address, LONG value);
+  virtual bool WriteRegister24(LONG address, LONG value);  ///< the lower 22 bits
   /// Only collects what the camera reports: it does not send the request.
   virtual bool ReadRegister24(LONG address, LONG* value);
   virtual bool WriteSettings(SataRun run);
+  // What the three are made of.
+  bool WriteWide(LONG address, LONG value, std::uint32_t mask);
+  bool ReadWide(LONG address, LONG* value, bool sendRequest);
+  SataSettings WantedSettings() const;
+  bool SendSettings(const SataSettings& settings, SataRun run);
+
   virtual void WritePendingRegister();
   virtual void ReadPendingRegister();
 
@@ -84,7 +90,8 @@ class CZELDevicePropertyImplSATA : public CZELDevicePropertyImpl {
   virtual LONG ApplyModelOption() { return 1; }
   virtual LONG ApplyStrobe() { return 1; }
 
-  static void Settle();  ///< the controller's pause after a command
+  bool IsStreaming() const;  ///< playing or paused; false while a capture is prepared
+  static void Settle();      ///< the controller's pause after a command
 
   SataSectors sectors_;  ///< set by the model
 
@@ -96,7 +103,6 @@ class CZELDevicePropertyImplSATA : public CZELDevicePropertyImpl {
   };
 
   bool CanReach();
-  bool IsStreaming() const;
   bool StopCamera();
   bool ReadCommandSector() { return volume_.ReadSectorAt(SectorPosition(sectors_.command), sector_); }
   bool WriteCommandSector() { return volume_.WriteSectorAt(SectorPosition(sectors_.command), sector_); }
@@ -116,6 +122,7 @@ class CZELDevicePropertyImplSATA : public CZELDevicePropertyImpl {
   Sector sector_{};                       ///< the last one read or written
   SectorDevice volume_;
   SataFrame frame_;
+  bool twoBytes_ = false;  ///< per sample, in the capture that was prepared last
 };
 
 }  // namespace zel

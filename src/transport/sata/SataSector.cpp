@@ -25,6 +25,10 @@ constexpr std::size_t kWidthLow = 64;
 constexpr std::size_t kWidthHigh = 66;
 constexpr std::size_t kHeightLow = 68;
 constexpr std::size_t kHeightHigh = 70;
+constexpr std::size_t kLeftLow = 72;
+constexpr std::size_t kLeftHigh = 74;
+constexpr std::size_t kTopLow = 76;
+constexpr std::size_t kTopHigh = 78;
 constexpr std::size_t kExternalTrigger = 80;
 constexpr std::size_t kTransferBits = 96;  // a bit for each choice
 constexpr std::size_t kAux = 98;           // switches that are off
@@ -38,8 +42,6 @@ constexpr std::uint8_t kWriteDone = 2;
 constexpr std::uint8_t kReadBusy = 4;
 constexpr std::uint8_t kReadDone = 8;
 constexpr std::uint8_t kStatusBits = 0x0F;
-
-constexpr std::uint8_t kByte2Bits = 0x3F;
 
 SataProgress Progress(const Sector& sector, std::uint8_t done, std::uint8_t busy) {
   const std::uint8_t status = sector[kRequestStatus];
@@ -84,6 +86,10 @@ Sector SataSettingsSector(const SataSettings& settings, SataRun run) {
   sector[kWidthHigh] = ByteOf(settings.alignedWidth, 1);
   sector[kHeightLow] = ByteOf(settings.alignedHeight, 0);
   sector[kHeightHigh] = ByteOf(settings.alignedHeight, 1);
+  sector[kLeftLow] = ByteOf(settings.left, 0);
+  sector[kLeftHigh] = ByteOf(settings.left, 1);
+  sector[kTopLow] = ByteOf(settings.top, 0);
+  sector[kTopHigh] = ByteOf(settings.top, 1);
   sector[kExternalTrigger] = settings.externalTrigger;
   if (settings.transferBits >= 0 && settings.transferBits <= 3)
     sector[kTransferBits] = static_cast<std::uint8_t>(1 << settings.transferBits);
@@ -109,7 +115,7 @@ void PutWideRegisterWrite(Sector& sector, std::uint16_t address, std::uint32_t v
   PutRequest(sector, kWriteRequest, address);
   sector[kValue0] = ByteOf(value, 0);
   sector[kValue1] = ByteOf(value, 1);
-  sector[kByte2] = ByteOf(value, 2) & kByte2Bits;
+  sector[kByte2] = ByteOf(value, 2);
   sector[kByte3] = 0;
 }
 

@@ -38,6 +38,8 @@ SataFrame LayOutSataFrame(LONG width, LONG height, bool twoBytes, bool packedCol
 struct SataSettings {
   LONG alignedWidth = 0;
   LONG alignedHeight = 0;
+  LONG left = 0;  ///< of the window; for controllers that cut it out themselves, 0 for all others
+  LONG top = 0;
   bool twoBytes = false;
   bool externalTrigger = false;
   LONG transferBits = 0;  ///< 0..3
@@ -50,7 +52,10 @@ Sector SataSettingsSector(const SataSettings& settings, SataRun run);
 void PutRun(Sector& sector, SataRun run);
 void PutRegisterWrite(Sector& sector, std::uint8_t address, std::uint8_t high, std::uint8_t low);
 void PutRegisterRead(Sector& sector, std::uint8_t address);
-void PutWideRegisterWrite(Sector& sector, std::uint16_t address, std::uint32_t value);  ///< 22 bits
+/// Values have 22 bits on most cameras, `kWide24` on few.
+constexpr std::uint32_t kWide22 = 0x3FFFFF;
+constexpr std::uint32_t kWide24 = 0xFFFFFF;
+void PutWideRegisterWrite(Sector& sector, std::uint16_t address, std::uint32_t value);
 void PutWideRegisterRead(Sector& sector, std::uint16_t address);
 
 enum class SataProgress { Pending, Done, Failed };

@@ -102,26 +102,34 @@ inline std::uint8_t Interpolate(Padded& mosaic, int mode, int row, int column, c
   return Byte(sum / 16.0);
 }
 
-/// Blue, green, red by table-driven demosaicing, gains as factors.
-inline Bytes Gradient(Padded& mosaic, int width, int height, int mode, std::array<double, 3> gains,
-                      const FixedColorMatrix* matrix, const std::uint8_t* gamma) {
+/// What gains (as factors), matrix and table make of blue, green, red.
+inline Bytes Toned(const Bytes& colors, std::array<double, 3> gains, const FixedColorMatrix* matrix,
+                   const std::uint8_t* gamma) {
   Bytes out;
-  for (int row = 0; row < height; ++row) {
-    for (int column = 0; column < width; ++column) {
-      std::array<double, 4> in{0, 0, 0, 1};
-      for (std::size_t i = 0; i < 3; ++i)
-        in[i] = Byte(Interpolate(mosaic, mode, row, column, "RGB"[i]) * gains[i]);
-      for (const std::size_t i : {2u, 1u, 0u}) {
-        double v = in[i];
-        if (matrix) {
-          v = 0;
-          for (std::size_t k = 0; k < 4; ++k) v += in[k] * matrix->c[k][i] / 64.0;
-        }
-        out.push_back(gamma ? gamma[Byte(v)] : Byte(v));
+  for (std::size_t at = 0; at < colors.size(); at += 3) {
+    std::array<double, 4> in{0, 0, 0, 1};
+    for (std::size_t i = 0; i < 3; ++i) in[i] = Byte(colors[at + 2 - i] * gains[i]);
+    for (const std::size_t i : {2u, 1u, 0u}) {
+      double v = in[i];
+      if (matrix) {
+        v = 0;
+        for (std::size_t k = 0; k < 4; ++k) v += in[k] * matrix->c[k][i] / 64.0;
       }
+      out.push_back(gamma ? gamma[Byte(v)] : Byte(v));
     }
   }
   return out;
+}
+
+/// Blue, green, red by table-driven demosaicing, gains as factors.
+inline Bytes Gradient(Padded& mosaic, int width, int height, int mode, std::array<double, 3> gains,
+                      const FixedColorMatrix* matrix, const std::uint8_t* gamma) {
+  Bytes colors;
+  for (int row = 0; row < height; ++row)
+    for (int column = 0; column < width; ++column)
+      for (const char color : {'B', 'G', 'R'})
+        colors.push_back(Interpolate(mosaic, mode, row, column, color));
+  return Toned(colors, gains, matrix, gamma);
 }
 
 inline Bytes GradientGrey(Padded& mosaic, int width, int height, int mode) {
@@ -152,8 +160,11 @@ inline Bytes Direct(const Bytes& frame, int pitch, int width, int height, int mo
           if (color == 'G' && weight == 9) sum[1] += at(dr, dc);
         }
       }
-      const int blue = std::min((sum[0] * gains.b) >> 11, 255), red = std::min((sum[2] * gains.r) >> 11, 255);
-      const int green = grey ? sum[1] >> 1 : std::min(((sum[1] >> 1) * gains.g) >> 7, 255);
+      const auto scaled = [](std::int64_t v, int gain, int shift) {
+        return static_cast<int>(std::min<std::int64_t>((v * gain) >> shift, 255));
+      };
+      const int blue = scaled(sum[0], gains.b, 11), red = scaled(sum[2], gains.r, 11);
+      const int green = grey ? sum[1] >> 1 : scaled(sum[1] >> 1, gains.g, 7);
       const int values[3] = {grey ? green : blue, green, grey ? green : red};
       for (int i = 0; i < 3; ++i)
         out[std::size_t((row * width + column) * 3 + i)] = static_cast<std::uint8_t>(values[i]);

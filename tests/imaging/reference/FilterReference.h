@@ -43,8 +43,9 @@ inline void CancelWhitePixels(Bytes& frame, int fullWidth, int height, int thres
   }
 }
 
-inline Bytes Sharpen(const Bytes& in, int width, int height, int stride,
-                     const std::vector<std::int32_t>& table) {
+/// On pixels of 3 bytes without row gaps.
+inline Bytes Sharpen(const Bytes& in, int width, int height, int strength) {
+  const int stride = 3 * width;
   Bytes out = in;
   if (width < 4 || height < 4) return out;
   for (int y = 2; y <= height - 1; ++y) {
@@ -53,11 +54,11 @@ inline Bytes Sharpen(const Bytes& in, int width, int height, int stride,
       for (int color = 0; color < 3; ++color) {
         int sum = 0;
         for (int dy = -2; dy <= 1; ++dy) {
-          for (int dx = -2; dx <= 1; ++dx) sum += in.at((cy + dy) * stride + (cx + dx) * 4 + color);
+          for (int dx = -2; dx <= 1; ++dx) sum += in.at((cy + dy) * stride + (cx + dx) * 3 + color);
         }
-        const int value = in.at(y * stride + x * 4 + color);
-        const int sharp = value + table.at(value - sum / 16 + 255);
-        out.at(y * stride + x * 4 + color) = static_cast<std::uint8_t>(std::max(0, std::min(255, sharp)));
+        const int value = in.at(y * stride + x * 3 + color);
+        const int sharp = value + (value - sum / 16) * strength / 10;
+        out.at(y * stride + x * 3 + color) = static_cast<std::uint8_t>(std::max(0, std::min(255, sharp)));
       }
     }
   }

@@ -1,0 +1,53 @@
+#include "imaging/DirectPicture.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "imaging/kernels/DirectDemosaic.h"
+
+namespace zel {
+namespace {
+
+constexpr int kBorder = 2;  // rows and columns on each side that are not computed
+
+}  // namespace
+
+bool DirectPicture::Allocate(int width) {
+  pitch_ = (static_cast<std::size_t>(width) + 63) / 64 * 64 + 2 * kRowSlack;
+  if (!rows_.Reserve(kRows * pitch_)) return false;
+  std::memset(rows_.Data(), 0, kRows * pitch_);
+  return true;
+}
+
+void DirectPicture::Begin(const MosaicFrame& frame, const ColorGains& gains) {
+  frame_ = frame;
+  gains_ = gains;
+  staged_ = next_ = 0;
+}
+
+const std::uint8_t* DirectPicture::Staged(int row) {
+  for (; staged_ <= row; ++staged_) {
+    std::memcpy(rows_.Data() + static_cast<std::size_t>(staged_ % kRows) * pitch_ + kRowSlack,
+                frame_.samples + staged_ * frame_.pitch, static_cast<std::size_t>(frame_.width));
+  }
+  return rows_.Data() + static_cast<std::size_t>(row % kRows) * pitch_ + kRowSlack;
+}
+
+void DirectPicture::WriteRows(int endRow, PictureWriter& writer) {
+  if (!Exists(frame_)) return;
+  for (endRow = std::min(endRow, frame_.height); next_ < endRow; ++next_) {
+    const int row = std::clamp(next_, kBorder, frame_.height - kBorder - 1);
+    const std::uint8_t* below = Staged(row + 1);
+    const PlaneRow colors = writer.NextRow();
+    DirectRow({Staged(row - 2), Staged(row - 1), Staged(row), below}, frame_.width,
+              PhaseAt(frame_.phase, row, 0), gains_, colors);
+    const int last = frame_.width - kBorder - 1;
+    for (std::uint8_t* plane : {colors.red, colors.green, colors.blue}) {
+      std::memset(plane, plane[kBorder], kBorder);
+      std::memset(plane + last + 1, plane[last], kBorder);
+    }
+    writer.FinishRow();
+  }
+}
+
+}  // namespace zel
