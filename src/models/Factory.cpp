@@ -2,8 +2,7 @@
 
 namespace zel {
 
-// One line per model of this build, made from the file names in CMakeLists.txt: ZEL_MODEL(two digits,
-// number).
+// One line per type, made by CMakeLists.txt: ZEL_MODEL(two digits, number).
 #define ZEL_MODEL(digits, number) CZELDevice* CreateModel##digits();
 #include "ModelList.inc"
 #undef ZEL_MODEL

@@ -36,6 +36,26 @@ TEST_P(EveryFamily, SettersProgramTheSensorAndStoreWhatItTook) {
   }
 }
 
+/// What did not reach the sensor is not stored.
+TEST_P(EveryFamily, SettersFailAndStoreNothingWithoutTheirCamera) {
+  if (GetParam() == Family::Sata) GTEST_SKIP() << "its settings wait for the next frame";
+  for (const auto& rows : {test::CmosExpectations(), test::CcdExpectations()}) {
+    for (const Expectation& row : rows) {
+      if (ModelOf(row.type).family != GetParam() || row.registers.empty()) continue;
+      SCOPED_TRACE(testing::Message()
+                   << "type " << row.type << ", record " << row.id << ", value " << row.value);
+      OpenedCamera camera(row.type);
+      const LONG before = camera.Property().Record(row.id).current;
+      camera.Unplug();
+      EXPECT_TRUE(FAILED((camera.Property().*row.set)(row.value)));
+      EXPECT_EQ(camera.Property().Record(row.id).current, before);
+      camera.Device().CloseDevice(0);
+      EXPECT_TRUE(FAILED((camera.Property().*row.set)(row.value)));
+      EXPECT_EQ(camera.Property().Record(row.id).current, before);
+    }
+  }
+}
+
 /// Each type answers to its number, keeps the ROI law and can prepare its whole frame and its smallest one.
 TEST_P(EveryFamily, EveryTypePreparesItsWindows) {
   for (const ModelRow& row : AllModels()) {

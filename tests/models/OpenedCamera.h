@@ -66,17 +66,14 @@ class OpenedCamera {
   /// Plays, reads a frame and stops.
   bool Prepares() {
     if (!Plays()) return false;
-    COrvaneImage& image = *Device().GetImage();
-    std::vector<std::uint8_t> picture(static_cast<std::size_t>(image.GetStride()) *
-                                      static_cast<std::size_t>(image.GetHeight()));
     // The first frame that a process reads from a disk-style camera is not shown.
-    const bool came =
-        Device().GetData(picture.data(), 0) == S_OK || Device().GetData(picture.data(), 0) == S_OK;
+    const bool came = Device().GetData(nullptr, 0) == S_OK || Device().GetData(nullptr, 0) == S_OK;
     return Device().Stop() == 1 && came;
   }
 
   CZELDeviceImpl& Device() { return dynamic_cast<CZELDeviceImpl&>(*camera_); }
   CZELDevicePropertyImpl& Property() { return Device().PropertyStore(); }
+  void Unplug() { sim_->Camera(address_)->Unplug(); }
   std::string TakeLog() { return log_->Take(); }
   std::uint32_t SleptMs() const { return log_->Slept(); }
   std::vector<std::string> ProtocolErrors() { return sim_->Camera(address_)->ProtocolErrors(); }
