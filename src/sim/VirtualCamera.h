@@ -83,6 +83,7 @@ class VirtualCamera {
   std::uint32_t number_ = 0;    // since the stream started
   Clock::time_point lastReady_ = pluggedIn_;
   Clock::time_point stalledUntil_{};
+  std::optional<Clock::time_point> armedSince_;  // waits for the trigger
   std::vector<SimFault> faults_;  // those still to come
   std::vector<std::string> protocolErrors_;
 
