@@ -84,7 +84,7 @@ class VirtualCamera {
   Clock::time_point lastReady_ = pluggedIn_;
   Clock::time_point stalledUntil_{};
   std::optional<Clock::time_point> armedSince_;  // waits for the trigger
-  std::vector<SimFault> faults_;  // those still to come
+  std::vector<SimFault> faults_;                 // those still to come
   std::vector<std::string> protocolErrors_;
 
   std::mutex renderMutex_;  // never taken together with the other

@@ -146,7 +146,7 @@ TEST_F(SataTransport, RegisterRequestsKeepTheRestOfTheSectorAndFailWithAnyCall) 
          std::uint8_t high = 0, low = 0;
          return p.ReadRegister8(0x35, &high, &low) && high == 0x66 && low == 0x77;
        }},
-      {"@20000 512; @20000: 55 +34 01 00 34 12 BC 9A 77 +50 38; @20000 512; write 1234=789ABC", 6,
+      {"@20000 512; @20000: 55 +34 01 00 34 12 BC 9A 77 +50 38; @20000 512; write 1234=389ABC", 6,
        [](auto& p) { return p.WriteRegister24(0x1234, 0x789ABC); }},
       {"@20000 512; @20000 512; @20000 512; read 1234=286677", 6,
        [](auto& p) {
@@ -292,7 +292,7 @@ TEST_F(SataTransport, ChangesAreAppliedBetweenFrames) {
   buffer.assign(512, 0);
   const std::string stop = "@20000 512; @20000: +46 02 00 01 +64 18 +68 10 +96 01; sleep 8; ";
   const std::string run = "@20000: +46 01 00 01 +64 18 +68 10 +96 01; @20000 512; sleep 8; ";
-  EXPECT_EQ(camera.ReadFrame(buffer.data()), 1);
+  EXPECT_EQ(camera.ReadFrame(buffer.data()), kReadWithoutFrame);
   EXPECT_EQ(host.TakeLog(),
             stop +
                 "message window; sleep 8; message sub-sampling; sleep 8; message gain; sleep "
