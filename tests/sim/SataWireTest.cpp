@@ -12,7 +12,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr std::uint64_t kCommand = 0x20000, kAreaA = 0x200000, kAreaB = 0xA00000;
+constexpr std::uint64_t kCommand = 0x20000, kAreaA = 0x200000, kAreaB = 0x1200000;
 
 SimConfiguration SataCamera(std::vector<SimFault> faults = {}) {
   SimConfiguration configuration = FastCamera(std::move(faults));

@@ -32,6 +32,7 @@ struct Outcome {
 
 // Made whole before a test changes the folder, and with it maybe the drive.
 const fs::path kProgram = fs::absolute(fs::path(ZELCAM_PROGRAM).make_preferred());
+const fs::path kDocs = fs::absolute(fs::path(ZELCAM_DOCS).make_preferred());
 
 std::string Contents(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -150,6 +151,13 @@ TEST_F(Program, HelpIsAResult) {
   EXPECT_EQ(outcome.code, 0);
   EXPECT_NE(outcome.out.find("--mode"), std::string::npos);
   EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(Program, ThePageOfCameraTypesIsCurrent) {
+  std::string page = Contents(kDocs / "cameras.md"), written = Run("types --markdown").out;
+  for (std::string* text : {&page, &written}) std::erase(*text, '\r');
+  EXPECT_EQ(std::count(page.begin(), page.end(), '\n'), 99 + 8);
+  EXPECT_TRUE(page == written) << "write it anew: zelcam types --markdown > docs/cameras.md";
 }
 
 TEST_F(Program, ListsTypesAndCameras) {

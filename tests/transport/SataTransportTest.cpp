@@ -146,7 +146,7 @@ TEST_F(SataTransport, RegisterRequestsKeepTheRestOfTheSectorAndFailWithAnyCall) 
          std::uint8_t high = 0, low = 0;
          return p.ReadRegister8(0x35, &high, &low) && high == 0x66 && low == 0x77;
        }},
-      {"@20000 512; @20000: 55 +34 01 00 34 12 BC 9A 77 +50 38; @20000 512; write 1234=789ABC", 6,
+      {"@20000 512; @20000: 55 +34 01 00 34 12 BC 9A 77 +50 38; @20000 512; write 1234=389ABC", 6,
        [](auto& p) { return p.WriteRegister24(0x1234, 0x789ABC); }},
       {"@20000 512; @20000 512; @20000 512; read 1234=286677", 6,
        [](auto& p) {

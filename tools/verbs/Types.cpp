@@ -1,10 +1,16 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
 
+#include "device/CZELDevice.h"
+#include "models/Factory.h"
 #include "models/ModelTable.h"
+#include "property/CZELDeviceProperty.h"
 #include "tools/Verb.h"
 #include "tools/support/Output.h"
+#include "tools/support/PropertyNames.h"
 
 namespace zel::tool {
 namespace {
@@ -44,24 +50,68 @@ std::string RangeText(const std::optional<SettingRange>& range) {
   return range->hasDefault ? fmt::format("{} ({})", values, range->defaultValue) : values;
 }
 
+using Rows = std::vector<std::vector<std::string>>;
+
+Rows TypeRows() {
+  Rows rows{
+      {"type", "name", "family", "size", "smallest", "gain (default)", "shutter (default)", "sub-sampling"}};
+  for (const ModelRow& row : AllModels()) {
+    rows.push_back({std::to_string(row.type), DisplayName(row.type), FamilyName(row.family),
+                    SizeText(row.full), row.smallest ? SizeText(*row.smallest) : "-", RangeText(row.gain),
+                    RangeText(row.shutter), TextOrDash(row.subSampling)});
+  }
+  return rows;
+}
+
+/// What only some types offer, by the names of the properties.
+std::string OfferedSettings(LONG type) {
+  static constexpr LONG kOptional[] = {kHorMirror, kVerMirror,  kExtTrigger, kHalfClock,
+                                       kStrobe,    kAutoThresh, kNightMode,  kFocusPosition};
+  const std::unique_ptr<CZELDevice> camera(CreateDeviceForType(static_cast<std::uint32_t>(type)));
+  std::string offered;
+  for (const PropertyName& property : PropertyNames()) {
+    if (camera == nullptr || std::ranges::find(kOptional, property.id) == std::end(kOptional)) continue;
+    if (camera->GetProperty()->IsPropertySupported(property.id) != S_OK) continue;
+    offered += fmt::format("{}{}", offered.empty() ? "" : ", ", property.name);
+  }
+  return offered.empty() ? "-" : offered;
+}
+
+void PrintMarkdown() {
+  Rows rows = TypeRows();
+  rows.front().push_back("settings");
+  for (const ModelRow& row : AllModels())
+    rows[static_cast<std::size_t>(row.type) + 1].push_back(OfferedSettings(row.type));
+  rows.insert(rows.begin() + 1, std::vector<std::string>(rows.front().size(), "---"));
+
+  PrintLine("# Camera types");
+  PrintLine("");
+  PrintLine("Sizes in pixels; gain and shutter in the sensor's own units, for the shutter mostly lines. The");
+  PrintLine(
+      "sub-sampling is the highest code: code k divides the picture's sides by 2 to the power k. \"-\" "
+      "stands");
+  PrintLine(
+      "for what a type leaves as its family has it, or does not offer. Written by `zelcam types "
+      "--markdown`.");
+  PrintLine("");
+  for (const auto& row : rows) PrintLine(fmt::format("| {} |", fmt::join(row, " | ")));
+}
+
 }  // namespace
 
-Action DefineTypes(CLI::App&, const Globals& globals) {
-  return [&globals] {
-    if (globals.json) {
+Action DefineTypes(CLI::App& command, const Globals& globals) {
+  auto markdown = std::make_shared<bool>(false);
+  command.add_flag("--markdown", *markdown, "As a page of documentation, with the settings of each type");
+  return [markdown, &globals] {
+    if (*markdown) {
+      PrintMarkdown();
+    } else if (globals.json) {
       std::vector<Json> types;
       for (const ModelRow& row : AllModels()) types.push_back(RowJson(row));
       PrintJsonArray(types);
-      return kExitDone;
+    } else {
+      PrintTable(TypeRows());
     }
-    std::vector<std::vector<std::string>> table{{"type", "name", "family", "size", "smallest",
-                                                 "gain (default)", "shutter (default)", "sub-sampling"}};
-    for (const ModelRow& row : AllModels()) {
-      table.push_back({std::to_string(row.type), DisplayName(row.type), FamilyName(row.family),
-                       SizeText(row.full), row.smallest ? SizeText(*row.smallest) : "-", RangeText(row.gain),
-                       RangeText(row.shutter), TextOrDash(row.subSampling)});
-    }
-    PrintTable(table);
     return kExitDone;
   };
 }

@@ -13,7 +13,7 @@ constexpr LONG kShutterOn = 0x802000;  // goes with the shutter's lines
 
 // Transfer bits.
 constexpr LONG kEightBits = 0;
-constexpr LONG kTwelveBits = 2;
+constexpr LONG kTenBits = 1;
 
 }  // namespace
 
@@ -26,10 +26,10 @@ class CZELModel08 : public CZELDeviceImplSATA {
    public:
     CPropertyImpl() : SataModelProperty(kType) {}
 
-    /// Two bytes per sample carry all 12 bits of the converter.
+    /// Two bytes per sample carry 10 bits of the converter's 12, which is what pictures are made of.
     HRESULT SetTransMode(LONG mode) override {
       const HRESULT result = SataModelProperty::SetTransMode(mode);
-      return result == S_OK ? SetTransBits(mode != 0 ? kTwelveBits : kEightBits) : result;
+      return result == S_OK ? SetTransBits(mode != 0 ? kTenBits : kEightBits) : result;
     }
 
    protected:

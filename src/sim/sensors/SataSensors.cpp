@@ -163,7 +163,7 @@ constexpr RegisterValue kResetConverter[] = {{kFixed, 1}};
 
 /// A converter whose source has 1280 x 1024 pixels; beyond them it repeats their edge.
 constexpr SensorMap Converter(int type) {
-  SensorMap map = Cut(Exposed(Sensor(type, 1280, 1024, 8, 40e6, 320), kUnset, kUnset, kResetConverter));
+  SensorMap map = Cut(Exposed(Sensor(type, 1280, 1024, 10, 40e6, 320), kUnset, kUnset, kResetConverter));
   map.volume = kConverterVolume;
   return map;
 }
@@ -180,7 +180,7 @@ const SensorMap kSensors[] = {
     FrontEnd(Exposed(Windowed(Sensor(6, 1360, 1024, 10, 25e6, 430), kWindow6), kShutter6, kGain6, kReset6),
              2),
     Triggered(Cut(Exposed(Sensor(7, 1600, 1200, 10, 48e6, 244), kShutter16, kGain16, kReset7)), kTrigger16),
-    Triggered(FrontEnd(Cut(Exposed(Sensor(8, 2456, 2040, 12, 60e6, 544), kShutter8, kGain8, kReset8)), 3),
+    Triggered(FrontEnd(Cut(Exposed(Sensor(8, 2456, 2040, 10, 60e6, 544), kShutter8, kGain8, kReset8)), 3),
               {{{0x20, 0, 1}}}),
     Mirrored(Exposed(Windowed(Sensor(35, 1440, 1080, 10, 48e6, 244), kWindow4), {{{0x09, 0, 14}}},
                      {{{0x35, 0, 7}}}, kReset35),
