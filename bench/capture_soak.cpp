@@ -67,7 +67,6 @@ struct Place {
 std::vector<Place> ChooseCameras(int count) {
   std::vector<Place> small;
   for (const ModelRow& row : AllModels()) {
-    if (FindSensorMap(static_cast<int>(row.type)) == nullptr) continue;
     if (row.full.width * row.full.height > kMostPixels) continue;
     small.push_back({row.type, 0});
   }

@@ -100,7 +100,7 @@ struct SensorMap {
   double readNoise = 12;    ///< electrons
 };
 
-/// The map of a camera type, or null when that type is not simulated.
+/// The map of a camera type 0..98, null for other numbers.
 const SensorMap* FindSensorMap(int type);
 
 }  // namespace zel

@@ -116,8 +116,6 @@ std::optional<ListedCamera> ReadCamera(Cursor& cursor, std::string* error) {
   if (!type) return fail(position, cursor.Quoted(position) + " is not a camera type");
   if (*type > kMaxCameraType)
     return fail(position, "camera type " + std::to_string(*type) + " is not one of 0 to 98");
-  if (FindSensorMap(static_cast<int>(*type)) == nullptr)
-    return fail(position, "type " + std::to_string(*type) + " is not simulated yet");
 
   ListedCamera camera{{static_cast<int>(*type), kIndexToChoose}, position};
   if (cursor.Take('@')) {

@@ -62,15 +62,11 @@ std::unique_ptr<SimDriverHost> SimDriverHost::Create(const SimConfiguration& con
   }
   std::vector<std::shared_ptr<SimDevice>> devices;
   for (const SimCameraAddress& address : configuration.cameras) {
-    const SensorMap* const map = FindSensorMap(address.type);
-    if (map == nullptr) {
-      *error = "type " + std::to_string(address.type) + " is not simulated yet";
-      return nullptr;
-    }
+    const SensorMap& map = *FindSensorMap(address.type);
     std::shared_ptr<const Scene> scene = configuration.scene.empty()
-                                             ? MakeTestChart(map->width, map->height)
-                                             : MakePhotoScene(picture, map->width, map->height);
-    devices.push_back(MakeWire(address, *map, std::move(scene), configuration));
+                                             ? MakeTestChart(map.width, map.height)
+                                             : MakePhotoScene(picture, map.width, map.height);
+    devices.push_back(MakeWire(address, map, std::move(scene), configuration));
   }
   return std::make_unique<SimDriverHost>(std::move(devices));
 }

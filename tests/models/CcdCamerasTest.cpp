@@ -173,7 +173,7 @@ TEST(CcdCameras, BinningCcdsFitTheirShutter) {
 /// What the camera did not take is not stored. All families that program their sensors at once.
 TEST(CcdCameras, NoSettingIsStoredWithoutACamera) {
   for (const ModelRow& row : AllModels()) {
-    if (row.family == Family::Sata || FindSensorMap(static_cast<int>(row.type)) == nullptr) continue;
+    if (row.family == Family::Sata) continue;
     SCOPED_TRACE(row.type);
     OpenedCamera camera(row.type);
     camera.Device().CloseDevice(0);
