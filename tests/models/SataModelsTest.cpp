@@ -34,6 +34,7 @@ class SataCamera {
     computer.cameras = {{static_cast<int>(type), kDrive}};
     computer.framesPerSecond = 0;
     computer.noise = 0;
+    computer.triggerRate = 200;
     std::string error;
     sim_ = SimDriverHost::Create(computer, &error);
     EXPECT_NE(sim_, nullptr) << error;
@@ -50,15 +51,23 @@ class SataCamera {
         static_cast<std::size_t>(image.GetStride()) * static_cast<std::size_t>(image.GetHeight());
     EXPECT_EQ(camera_->GetData(nullptr, 0), S_OK);
     Samples samples{image.GetWidth(), image.GetHeight(), {image.GetBuffer(), image.GetBuffer() + bytes}};
-    EXPECT_EQ(image.GetStride(), image.GetWidth());
     EXPECT_EQ(camera_->Stop(), 1);
     return samples;
   }
 
   CZELDevice& Device() { return *camera_; }
+  std::vector<std::string> ProtocolErrors() { return Sensor().ProtocolErrors(); }
+  /// What the sensor would do now.
+  Readout SensorReadout() {
+    VirtualCamera::Frame frame;
+    EXPECT_EQ(Sensor().AwaitFrame(1000, &frame), DriverError::None);
+    return frame.picture.readout;
+  }
   CZELDevicePropertyImpl& Property() { return dynamic_cast<CZELDeviceImpl&>(*camera_).PropertyStore(); }
 
  private:
+  VirtualCamera& Sensor() { return *sim_->Camera({static_cast<int>(camera_->GetCameraType()), kDrive}); }
+
   std::unique_ptr<SimDriverHost> sim_;
   std::unique_ptr<ScopedDriverHost> installed_;
   std::unique_ptr<CZELDevice> camera_;
@@ -105,6 +114,78 @@ TEST(SataModels, PicturesOfEvenSensorsAreTheirEvenWindows) {
     EXPECT_EQ(picture.width, 102);
     EXPECT_EQ(picture.height, 52);
   }
+}
+
+/// Samples of two bytes have the ten bits of which one byte shows eight.
+TEST(SataModels, TwoBytesPerSampleShowTheSamePicture) {
+  for (const LONG type : {0, 1, 8, 35}) {
+    SCOPED_TRACE(type);
+    SataCamera camera(type);
+    camera.Property().SetHorMirror(1);
+    camera.Property().SetROI(200, 102, 320, 240);
+    const Samples bytes = camera.Snap();
+    EXPECT_EQ(camera.Property().SetTransMode(1), S_OK);
+    const std::vector<std::uint8_t> words = camera.Snap().data;
+    ASSERT_GE(words.size(), 2 * bytes.data.size());
+    int different = 0;
+    // Until the moving marker.
+    for (std::size_t n = 0; n < 200u * 320; ++n)
+      different += bytes.data[n] != ((words[2 * n] | words[2 * n + 1] << 8) >> 2);
+    EXPECT_EQ(different, 0);
+  }
+}
+
+TEST(SataModels, TriggeredFramesComeInBothLoops) {
+  // By a register of the sensor, by the controller, with a loop of its own.
+  for (const LONG type : {7, 3, 39}) {
+    SataCamera camera(type);
+    EXPECT_EQ(camera.Property().SetExtTrigger(1), S_OK);
+    for (const LONG mode : {kDeliverQueue, kDeliverOnDemand}) {
+      SCOPED_TRACE(testing::Message() << "type " << type << ", mode " << mode);
+      camera.Device().SetBufferSamples(mode);
+      EXPECT_EQ(camera.Device().Play(), 1);
+      std::vector<std::uint8_t> picture(1600 * 1200);
+      for (int n = 0; n < 2; ++n) EXPECT_EQ(camera.Device().GetData(picture.data(), 0), S_OK);
+      EXPECT_EQ(camera.Device().Stop(), 1);
+      EXPECT_EQ(camera.ProtocolErrors(), std::vector<std::string>());
+    }
+  }
+}
+
+/// What belongs to the next capture does not reach the camera with a setting that acts at once.
+TEST(SataModels, WindowAndSampleSizeWaitForTheNextCapture) {
+  for (const LONG type : {4, 7}) {
+    SCOPED_TRACE(type);
+    SataCamera camera(type);
+    EXPECT_EQ(camera.Device().Play(), 1);
+    EXPECT_EQ(camera.Device().GetData(nullptr, 0), S_OK);
+    const Readout before = camera.SensorReadout();
+    camera.Property().SetROI(200, 102, 320, 240);
+    camera.Property().SetTransMode(1);
+    camera.Property().SetShutter(600);
+    // The first frame after the change is thrown away.
+    for (int n = 0; n < 2; ++n) EXPECT_EQ(camera.Device().GetData(nullptr, 0), S_OK);
+    EXPECT_EQ(camera.SensorReadout().window, before.window);
+    EXPECT_GT(camera.SensorReadout().exposure, before.exposure);
+    EXPECT_EQ(camera.ProtocolErrors(), std::vector<std::string>());
+    EXPECT_EQ(camera.Device().Stop(), 1);
+    EXPECT_EQ(camera.Device().Play(), 1);
+    EXPECT_EQ(camera.SensorReadout().window.columns, 320);
+    EXPECT_EQ(camera.Device().Stop(), 1);
+  }
+}
+
+/// The bytes of a value of 16 bits have neighbours, the last address none.
+TEST(SataModels, RegistersOfBytesArePaired) {
+  SataCamera camera(5);
+  LONG value = 0;
+  EXPECT_EQ(camera.Property().SetRegister(0x40, 0x1234), S_OK);
+  EXPECT_EQ(camera.Property().GetRegister(0x40, &value), S_OK);
+  EXPECT_EQ(value, 0x1234);
+  EXPECT_EQ(camera.Property().GetRegister(0x41, &value), S_OK);
+  EXPECT_EQ(value, 0x3400);
+  EXPECT_EQ(camera.Property().SetRegister(0xFF, 1), E_FAIL);
+  EXPECT_EQ(camera.Property().GetRegister(0xFF, &value), E_FAIL);
 }
 
 std::string LogText() {
