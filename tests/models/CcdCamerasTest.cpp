@@ -8,6 +8,7 @@
 #include "models/ModelExpectations.h"
 #include "models/OpenedCamera.h"
 #include "platform/Threads.h"
+#include "sim/Sensor.h"
 #include "sim/sensors/SensorMaps.h"
 
 namespace zel {
@@ -93,6 +94,9 @@ TEST(CcdCameras, ExposureReachesThePicture) {
       const double dark = picture(shutter, gain.current / 2);
       EXPECT_GT(picture(2 * shutter, gain.current / 2), 1.02 * dark);
       EXPECT_GT(picture(shutter, gain.current + gain.maximum / 16), 1.02 * dark);
+      if (camera.Property().SetAnalogGlobalGain(100) == S_OK) {
+        EXPECT_GT(picture(shutter, gain.current / 2), 1.02 * dark) << "analogue";
+      }
     }
   }
 }
@@ -202,6 +206,30 @@ TEST(CcdCameras, SwitchesAreReadBack) {
       EXPECT_EQ(camera.Property().GetExtTrigger(&on), S_OK);
       EXPECT_EQ(on, value) << type;
     }
+  }
+}
+
+/// The register that a model writes for half clock is the one by which its sensor slows down.
+TEST(CcdCameras, HalfClockReachesTheSensor) {
+  const struct {
+    LONG type;
+    std::uint32_t address;
+    const char* write;
+  } rows[] = {{11, 0x22, "write 22=1"},
+              {21, 0x22, "write 22=1"},
+              {92, 0x801A, "write 801A=1"},
+              {94, 0x3A, "write 3A=1"},
+              {95, 0x801A, "write 801A=1"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.type);
+    OpenedCamera camera(row.type);
+    EXPECT_EQ(camera.Property().SetHalfClock(1), S_OK);
+    EXPECT_TRUE(camera.Plays());
+    EXPECT_NE(camera.TakeLog().find(row.write), std::string::npos);
+    Sensor sensor(*FindSensorMap(static_cast<int>(row.type)));
+    const double seconds = sensor.Decode(1).frameSeconds;
+    sensor.Write(row.address, 1);
+    EXPECT_DOUBLE_EQ(sensor.Decode(1).frameSeconds, 2 * seconds);
   }
 }
 

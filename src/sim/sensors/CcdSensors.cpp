@@ -136,10 +136,10 @@ constexpr Sheet kSheets[] = {
     {83, u"Disk", 3296, 2472, kWord2004,    {3, 100},    10, kBinning, 0x0730},
     {84, u"Wom",  2456, 2058, kWord9A,      {2, 310},     8},
     {85, u"Wom",  656,  494,  kWord9A,      {2, 310},    50},
-    {92, u"Fx",   1600, 1200, kWord8003,    {2, 512},    40},
-    {93, u"Fx",   2464, 2058, kWord8003,    {2, 310},    20},
-    {94, u"Fx",   656,  494,  kWord9A,      {2, 310},    60},
-    {95, u"Fx",   2464, 2058, kWord8003,    {2, 310},    20},
+    {92, u"Fx",   1600, 1200, kWord8003,    {2, 512},    40, kWindowClock},
+    {93, u"Fx",   2464, 2058, kWord8003,    {2, 310},    20, kWindowClock},
+    {94, u"Fx",   656,  494,  kWord9A,      {2, 310},    60, kWindowClock},
+    {95, u"Fx",   2464, 2058, kWord8003,    {2, 310},    20, kWindowClock},
 };
 // clang-format on
 
