@@ -136,15 +136,14 @@ TEST(SataModels, TwoBytesPerSampleShowTheSamePicture) {
 }
 
 TEST(SataModels, TriggeredFramesComeInBothLoops) {
-  // By a register of the sensor, by the controller, with a loop of its own.
-  for (const LONG type : {7, 3, 39}) {
+  for (const LONG type : {3, 39}) {
     SataCamera camera(type);
     EXPECT_EQ(camera.Property().SetExtTrigger(1), S_OK);
     for (const LONG mode : {kDeliverQueue, kDeliverOnDemand}) {
       SCOPED_TRACE(testing::Message() << "type " << type << ", mode " << mode);
       camera.Device().SetBufferSamples(mode);
       EXPECT_EQ(camera.Device().Play(), 1);
-      std::vector<std::uint8_t> picture(1600 * 1200);
+      std::vector<std::uint8_t> picture(1280 * 1024);
       for (int n = 0; n < 2; ++n) EXPECT_EQ(camera.Device().GetData(picture.data(), 0), S_OK);
       EXPECT_EQ(camera.Device().Stop(), 1);
       EXPECT_EQ(camera.ProtocolErrors(), std::vector<std::string>());
