@@ -1,6 +1,6 @@
 #pragma once
 
-#include "models/ModelProperty.h"
+#include "models/SwitchedProperty.h"
 
 /// The register map that many of the line's CMOS sensors share: 16-bit registers for window, read modes,
 /// shutter in lines and gain.
@@ -26,6 +26,10 @@ constexpr LONG kMirrorRowsBit = 0x8000;      // of kReadMode2: vertical mirror
 constexpr LONG kMirrorColumnsBit = 0x4000;   // of kReadMode2: horizontal mirror
 constexpr LONG kMirrorRowsOffMask = 0x7F7F;  // bit 7 belongs to the vertical mirror and goes with it
 constexpr LONG kAutoThreshBit = 0x0080;      // of kThreshControl
+
+constexpr SensorSwitches kSwitches{.horMirror = {kReadMode2, kMirrorColumnsBit},
+                                   .verMirror = {kReadMode2, kMirrorRowsBit},
+                                   .trigger = {kReadMode1, kTriggerBit}};
 
 // Dark columns and rows before the picture.
 constexpr LONG kFirstColumn = 20;
@@ -62,7 +66,7 @@ struct Traits {
 
 /// Shutter, gain, mirrors and trigger of a sensor with this map.
 template <class FamilyProperty>
-class Property : public ModelProperty<FamilyProperty> {
+class Property : public SwitchedProperty<FamilyProperty> {
  public:
   HRESULT SetShutter(LONG lines) override {
     return this->Adjust(kShutter, lines, traits_.shutterMask, [this](LONG value) {
@@ -77,20 +81,10 @@ class Property : public ModelProperty<FamilyProperty> {
                         [this](LONG value) { return this->SetRegister(traits_.gainRegister, value); });
   }
 
-  HRESULT SetHorMirror(LONG on) override {
-    const HRESULT result = this->SwitchSetting(kHorMirror, kReadMode2, kMirrorColumnsBit, on);
-    return FAILED(result) ? result : FamilyProperty::SetHorMirror(on);
-  }
-
   HRESULT SetVerMirror(LONG on) override {
-    const HRESULT result = on != 0 ? this->SwitchSetting(kVerMirror, kReadMode2, kMirrorRowsBit, on)
-                                   : this->SwitchSetting(kVerMirror, kReadMode2, ~kMirrorRowsOffMask, on);
+    if (on != 0) return SwitchedProperty<FamilyProperty>::SetVerMirror(on);
+    const HRESULT result = this->SwitchSetting(kVerMirror, kReadMode2, ~kMirrorRowsOffMask, on);
     return FAILED(result) ? result : FamilyProperty::SetVerMirror(on);
-  }
-
-  HRESULT SetExtTrigger(LONG on) override {
-    const HRESULT result = this->SwitchSetting(kExtTrigger, kReadMode1, kTriggerBit, on);
-    return FAILED(result) ? result : FamilyProperty::SetExtTrigger(on);
   }
 
   HRESULT GetExtTrigger(LONG* on) override {
@@ -100,7 +94,7 @@ class Property : public ModelProperty<FamilyProperty> {
 
  protected:
   explicit Property(LONG type, const Traits& traits = {})
-      : ModelProperty<FamilyProperty>(type), traits_(traits) {}
+      : SwitchedProperty<FamilyProperty>(type, kSwitches), traits_(traits) {}
 
   const Traits& SensorTraits() const { return traits_; }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "models/ModelProperty.h"
+#include "models/SwitchedProperty.h"
 
 /// The register map of the line's larger CMOS sensors: 16-bit registers at 16-bit addresses, mirrors and
 /// sub-sampling in one read mode.
@@ -30,12 +30,6 @@ constexpr LONG kFlashBit = 0x0001;  // of kFlashControl: fires on the first outp
 constexpr LONG kFullClock = 1;  // both dividers
 constexpr LONG kHalfClock = 2;
 
-/// A bit of a register; address 0 stands for none.
-struct RegisterBit {
-  LONG address = 0;
-  LONG bit = 0;
-};
-
 /// Mantissa in bits 0 to 9, exponent in bits 12 to 14.
 constexpr LONG ExponentGain(LONG gain) {
   return (gain & 0x3FF) | ((gain & 0x1C00) << 2);
@@ -52,12 +46,12 @@ struct Traits {
   LONG leastLines = 0;  ///< that the register takes
   LONG gainMask = 0x7F;
   LONG (*gainCode)(LONG gain) = PlainGain;
-  RegisterBit trigger = {};
+  RegisterBit trigger = {};  ///< address 0: none
 };
 
 /// Window, shutter, gain, mirrors and trigger of a sensor with this map.
 template <class FamilyProperty>
-class Property : public ModelProperty<FamilyProperty> {
+class Property : public SwitchedProperty<FamilyProperty> {
  public:
   LONG InitializeCamera() override {
     shutterHigh_ = 0;
@@ -72,16 +66,6 @@ class Property : public ModelProperty<FamilyProperty> {
   HRESULT SetDigitalGlobalGain(LONG gain) override {
     return this->Adjust(kDigitalGlobalGain, gain, traits_.gainMask,
                         [this](LONG value) { return this->SetRegister(kGain, traits_.gainCode(value)); });
-  }
-
-  HRESULT SetHorMirror(LONG on) override {
-    const HRESULT result = this->SwitchSetting(kHorMirror, kReadMode, kMirrorColumnsBit, on);
-    return FAILED(result) ? result : FamilyProperty::SetHorMirror(on);
-  }
-
-  HRESULT SetVerMirror(LONG on) override {
-    const HRESULT result = this->SwitchSetting(kVerMirror, kReadMode, kMirrorRowsBit, on);
-    return FAILED(result) ? result : FamilyProperty::SetVerMirror(on);
   }
 
   HRESULT SetExtTrigger(LONG on) override {
@@ -106,7 +90,10 @@ class Property : public ModelProperty<FamilyProperty> {
 
  protected:
   explicit Property(LONG type, const Traits& traits = {})
-      : ModelProperty<FamilyProperty>(type), traits_(traits) {
+      : SwitchedProperty<FamilyProperty>(type, {.horMirror = {kReadMode, kMirrorColumnsBit},
+                                                .verMirror = {kReadMode, kMirrorRowsBit},
+                                                .trigger = traits.trigger}),
+        traits_(traits) {
     if (traits.trigger.address != 0) this->OfferSwitch(kExtTrigger);
   }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "models/ModelProperty.h"
+#include "models/SwitchedProperty.h"
 
 /// The register map of the line's 752 x 480 CMOS sensor: 16-bit registers, mirrors and sub-sampling in the
 /// read mode.
@@ -28,9 +28,13 @@ constexpr LONG kFirstRow = 4;
 /// How the sensor stands in the camera. On its side, its rows are the picture's columns.
 enum class Mounting { Upright, OnItsSide };
 
+constexpr SensorSwitches kUpright{.horMirror = {kReadMode, kMirrorColumnsBit},
+                                  .verMirror = {kReadMode, kMirrorRowsBit}};
+constexpr SensorSwitches kOnItsSide{.horMirror = kUpright.verMirror, .verMirror = kUpright.horMirror};
+
 /// Window, shutter, gain and mirrors of a sensor with this map.
 template <class FamilyProperty>
-class Property : public ModelProperty<FamilyProperty> {
+class Property : public SwitchedProperty<FamilyProperty> {
  public:
   HRESULT SetShutter(LONG lines) override {
     return this->Adjust(kShutter, lines, kShutterMask,
@@ -42,21 +46,10 @@ class Property : public ModelProperty<FamilyProperty> {
                         [this](LONG value) { return this->SetRegister(kGain, value); });
   }
 
-  HRESULT SetHorMirror(LONG on) override {
-    const LONG bit = IsUpright() ? kMirrorColumnsBit : kMirrorRowsBit;
-    const HRESULT result = this->SwitchSetting(kHorMirror, kReadMode, bit, on);
-    return FAILED(result) ? result : FamilyProperty::SetHorMirror(on);
-  }
-
-  HRESULT SetVerMirror(LONG on) override {
-    const LONG bit = IsUpright() ? kMirrorRowsBit : kMirrorColumnsBit;
-    const HRESULT result = this->SwitchSetting(kVerMirror, kReadMode, bit, on);
-    return FAILED(result) ? result : FamilyProperty::SetVerMirror(on);
-  }
-
   bool ProgramWindow(const CaptureWindow& window) {
-    const CaptureWindow onSensor =
-        IsUpright() ? window : CaptureWindow{window.y, window.x, window.height, window.width};
+    const CaptureWindow onSensor = mounting_ == Mounting::Upright
+                                       ? window
+                                       : CaptureWindow{window.y, window.x, window.height, window.width};
     const LONG code = this->Record(kSubSampleX).current;
     return SUCCEEDED(this->SetRegister(kColumnStart, onSensor.x + kFirstColumn)) &&
            SUCCEEDED(this->SetRegister(kRowStart, onSensor.y + kFirstRow)) &&
@@ -67,11 +60,10 @@ class Property : public ModelProperty<FamilyProperty> {
 
  protected:
   explicit Property(LONG type, Mounting mounting = Mounting::Upright)
-      : ModelProperty<FamilyProperty>(type), mounting_(mounting) {}
+      : SwitchedProperty<FamilyProperty>(type, mounting == Mounting::Upright ? kUpright : kOnItsSide),
+        mounting_(mounting) {}
 
  private:
-  bool IsUpright() const { return mounting_ == Mounting::Upright; }
-
   const Mounting mounting_;
 };
 

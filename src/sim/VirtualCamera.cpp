@@ -68,8 +68,8 @@ void VirtualCamera::SetBlur(double radius) {
 void VirtualCamera::RestartStream() {
   const std::lock_guard lock(mutex_);
   number_ = 0;
-  armed_.reset();
   lastReady_ = Clock::now();
+  armedSince_.reset();
 }
 
 VirtualCamera::Clock::duration VirtualCamera::FramePeriod(const Readout& readout) const {
@@ -87,7 +87,7 @@ VirtualCamera::Clock::time_point VirtualCamera::ReadyTime(const Readout& readout
   if (triggerRate_ <= 0) return Clock::time_point::max();
   // The line pulses from the moment of plugging in. The sensor hears the first pulse after it was asked for a
   // frame and has finished the one before.
-  const Clock::time_point armed = std::max({armed_.value_or(requested), lastReady_, stalledUntil_});
+  const Clock::time_point armed = std::max({armedSince_.value_or(requested), lastReady_, stalledUntil_});
   const double pulses = std::floor(std::chrono::duration<double>(armed - pluggedIn_).count() * triggerRate_);
   return pluggedIn_ + Seconds((pulses + 1) / triggerRate_) + period;
 }
@@ -129,16 +129,18 @@ DriverError VirtualCamera::AwaitFrame(std::uint32_t milliseconds, Frame* frame) 
   const Clock::time_point requested = Clock::now();
   const Clock::time_point deadline = requested + std::chrono::milliseconds(milliseconds);
   if (unplugged_) return DriverError::NotConnected;
-  if (!armed_) armed_ = requested;
   frame->fault = MeetFaults(requested, FramePeriod(sensor_.Decode(halfClock_ ? 2 : 1)));
 
   while (!unplugged_) {
     const Readout readout = sensor_.Decode(halfClock_ ? 2 : 1);
+    // A host that only looks whether there is a frame has asked for it the first time it looked.
+    if (!readout.triggered) armedSince_.reset();
+    if (readout.triggered && !armedSince_) armedSince_ = requested;
     const Clock::time_point ready = ReadyTime(readout, requested);
     const Clock::time_point now = Clock::now();
     if (ready <= now && ready <= deadline) {
       lastReady_ = ready;
-      armed_.reset();
+      armedSince_.reset();
       ++frames_;
       ++number_;
       std::erase_if(faults_, [this](const SimFault& fault) { return fault.frame == frames_; });

@@ -83,8 +83,8 @@ class VirtualCamera {
   std::uint32_t number_ = 0;    // since the stream started
   Clock::time_point lastReady_ = pluggedIn_;
   Clock::time_point stalledUntil_{};
-  std::optional<Clock::time_point> armed_;  // since when a frame is wanted, also by a host that only polls
-  std::vector<SimFault> faults_;            // those still to come
+  std::optional<Clock::time_point> armedSince_;  // waits for the trigger
+  std::vector<SimFault> faults_;                 // those still to come
   std::vector<std::string> protocolErrors_;
 
   std::mutex renderMutex_;  // never taken together with the other

@@ -1,4 +1,5 @@
 #include "models/FinalDevice.h"
+#include "models/SwitchedProperty.h"
 #include "models/usb3t2/Usb3T2Model.h"
 
 namespace zel {
@@ -25,9 +26,11 @@ class CZELModel96 : public AutoExposedModel<CZELModel96> {
  public:
   static constexpr LONG kType = 96;
 
-  class CPropertyImpl : public ModelProperty<Usb3T2Property> {
+  class CPropertyImpl : public SwitchedProperty<Usb3T2Property> {
    public:
-    CPropertyImpl() : ModelProperty(kType) {
+    CPropertyImpl()
+        : SwitchedProperty(
+              kType, {.horMirror = {kMirrors, kMirrorColumnsBit}, .verMirror = {kMirrors, kMirrorRowsBit}}) {
       OfferSwitches({kHorMirror, kVerMirror, kHalfClock, kAuxValue3, kAuxValue4});
     }
 
@@ -43,15 +46,6 @@ class CZELModel96 : public AutoExposedModel<CZELModel96> {
       return Adjust(kDigitalGlobalGain, gain, 0x3FF, [this](LONG value) {
         return WriteParts(value, {{kGain, 0xFF}, {kGain + 1, 0x300, 8}});
       });
-    }
-
-    HRESULT SetHorMirror(LONG on) override {
-      const HRESULT result = SwitchSetting(kHorMirror, kMirrors, kMirrorColumnsBit, on);
-      return FAILED(result) ? result : Usb3T2Property::SetHorMirror(on);
-    }
-    HRESULT SetVerMirror(LONG on) override {
-      const HRESULT result = SwitchSetting(kVerMirror, kMirrors, kMirrorRowsBit, on);
-      return FAILED(result) ? result : Usb3T2Property::SetVerMirror(on);
     }
 
     bool ProgramWindow(const CaptureWindow& window) {

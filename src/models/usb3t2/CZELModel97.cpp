@@ -1,4 +1,5 @@
 #include "models/FinalDevice.h"
+#include "models/SwitchedProperty.h"
 #include "models/usb3t2/Usb3T2Model.h"
 
 namespace zel {
@@ -24,9 +25,11 @@ class CZELModel97 : public AutoExposedModel<CZELModel97> {
  public:
   static constexpr LONG kType = 97;
 
-  class CPropertyImpl : public ModelProperty<Usb3T2Property> {
+  class CPropertyImpl : public SwitchedProperty<Usb3T2Property> {
    public:
-    CPropertyImpl() : ModelProperty(kType) {
+    CPropertyImpl()
+        : SwitchedProperty(
+              kType, {.horMirror = {kMirrorColumns, kMirrorBit}, .verMirror = {kMirrorRows, kMirrorBit}}) {
       OfferSwitches({kHorMirror, kVerMirror, kHalfClock, kAuxValue3, kAuxValue4});
     }
 
@@ -37,15 +40,6 @@ class CZELModel97 : public AutoExposedModel<CZELModel97> {
 
     HRESULT SetDigitalGlobalGain(LONG gain) override {
       return Adjust(kDigitalGlobalGain, gain, 0x3F, [this](LONG value) { return SetRegister(kGain, value); });
-    }
-
-    HRESULT SetHorMirror(LONG on) override {
-      const HRESULT result = SwitchSetting(kHorMirror, kMirrorColumns, kMirrorBit, on);
-      return FAILED(result) ? result : Usb3T2Property::SetHorMirror(on);
-    }
-    HRESULT SetVerMirror(LONG on) override {
-      const HRESULT result = SwitchSetting(kVerMirror, kMirrorRows, kMirrorBit, on);
-      return FAILED(result) ? result : Usb3T2Property::SetVerMirror(on);
     }
 
     bool ProgramWindow(const CaptureWindow& window) {

@@ -6,10 +6,7 @@ namespace zel {
 namespace {
 
 /// What makes the sensor wait for its trigger input: the exposure's start, the operating mode, the input.
-constexpr struct {
-  LONG address;
-  LONG bit;
-} kTriggerBits[] = {{0x20, 0x0004}, {0x07, 0x0010}, {0x47, 0x0001}};
+constexpr RegisterBit kTriggerBits[] = {{0x20, 0x0004}, {0x07, 0x0010}, {0x47, 0x0001}};
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include "models/ByteExposure.h"
 #include "models/FinalDevice.h"
+#include "models/SwitchedProperty.h"
 #include "models/wom/WomModel.h"
 
 namespace zel {
@@ -27,9 +28,14 @@ class CZELModel68 : public WomModel<CZELModel68> {
  public:
   static constexpr LONG kType = 68;
 
-  class CPropertyImpl : public ByteExposure<ModelProperty<WomProperty>> {
+  class CPropertyImpl : public ByteExposure<SwitchedProperty<WomProperty>> {
    public:
-    CPropertyImpl() : ByteExposure(kType) { OfferSwitches({kHorMirror, kVerMirror, kExtTrigger}); }
+    CPropertyImpl()
+        : ByteExposure(kType, SensorSwitches{.horMirror = {kMirrors, kMirrorColumnsBit},
+                                             .verMirror = {kMirrors, kMirrorRowsBit},
+                                             .trigger = {kControl, kTriggerBit}}) {
+      OfferSwitches({kHorMirror, kVerMirror, kExtTrigger});
+    }
 
     HRESULT SetRegister(LONG address, LONG value) override {
       return SetRegisterB(static_cast<unsigned char>(address), static_cast<unsigned char>(value));
@@ -38,26 +44,9 @@ class CZELModel68 : public WomModel<CZELModel68> {
       return GetRegisterB(static_cast<unsigned char>(address), value);
     }
 
-    HRESULT SetShutter(LONG lines) override {
-      tornFrame_ = true;
-      return ByteExposure::SetShutter(lines);
-    }
+    HRESULT SetShutter(LONG lines) override { return Tearing(ByteExposure::SetShutter(lines)); }
     HRESULT SetDigitalGlobalGain(LONG gain) override {
-      tornFrame_ = true;
-      return ByteExposure::SetDigitalGlobalGain(gain);
-    }
-
-    HRESULT SetHorMirror(LONG on) override {
-      const HRESULT result = SwitchSetting(kHorMirror, kMirrors, kMirrorColumnsBit, on);
-      return FAILED(result) ? result : WomProperty::SetHorMirror(on);
-    }
-    HRESULT SetVerMirror(LONG on) override {
-      const HRESULT result = SwitchSetting(kVerMirror, kMirrors, kMirrorRowsBit, on);
-      return FAILED(result) ? result : WomProperty::SetVerMirror(on);
-    }
-    HRESULT SetExtTrigger(LONG on) override {
-      const HRESULT result = SwitchSetting(kExtTrigger, kControl, kTriggerBit, on);
-      return FAILED(result) ? result : WomProperty::SetExtTrigger(on);
+      return Tearing(ByteExposure::SetDigitalGlobalGain(gain));
     }
 
     bool ProgramWindow(const CaptureWindow& window) {
@@ -70,16 +59,23 @@ class CZELModel68 : public WomModel<CZELModel68> {
       return SUCCEEDED(SetRegister(kSkipping, Record(kSubSampleX).current));
     }
 
-    /// Whether a setting has changed since the last call. A triggered camera exposes between settings.
-    bool TakeTornFrame() { return tornFrame_.exchange(false) && Record(kExtTrigger).current == 0; }
+    /// Whether a setting has changed since the last call.
+    bool TakeTornFrame() { return tornFrame_.exchange(false); }
 
    private:
+    /// The frame of the moment may have met only some of the bytes. A triggered camera exposes between
+    /// settings.
+    HRESULT Tearing(HRESULT result) {
+      tornFrame_ = Record(kExtTrigger).current == 0;
+      return result;
+    }
+
     std::atomic<bool> tornFrame_ = false;
   };
 
   LONG ReadFrame(unsigned char* buffer) override {
-    if (property_.TakeTornFrame() && CZELDeviceImplWOM::ReadFrame(buffer) == 0) return 0;
-    return CZELDeviceImplWOM::ReadFrame(buffer);
+    if (CZELDeviceImplWOM::ReadFrame(buffer) == 0) return 0;
+    return property_.TakeTornFrame() ? CZELDeviceImplWOM::ReadFrame(buffer) : 1;
   }
 
   CPropertyImpl property_;
