@@ -123,7 +123,7 @@ void CFilterBayer::Demosaic(const unsigned char* frame, const PictureTarget& tar
                             LONG bayerMode) {
   if (!work_.Data() || frame != WorkImage() || !target.pixels) return;
   PictureTarget inside = target;
-  inside.width = std::min(target.width, width_);
+  inside.width = std::min<LONG>(target.width, width_);
   writer_.Begin(inside, tones, 0);
   DemosaicRows(0, height_, bayerMode);
 }
