@@ -15,17 +15,17 @@ cv::Mat View(const Bytes& bytes, int type) {
 constexpr int kBilinear = cv::COLOR_BayerGRBG2BGR, kBilinearAlpha = cv::COLOR_BayerGRBG2BGRA;
 
 void Bilinear(benchmark::State& state) {
-  const cv::Mat mosaic = View(Mosaic(), CV_8UC1);
   cv::Mat pixels(kHeight, kWidth, CV_8UC4);
-  Run(state, [&] { cv::cvtColor(mosaic, pixels, kBilinearAlpha); });
+  RunOnFreshCopy(state, Mosaic(), [&](std::uint8_t* frame) {
+    cv::cvtColor(cv::Mat(kHeight, kWidth, CV_8UC1, frame), pixels, kBilinearAlpha);
+  });
 }
 BENCHMARK(Bilinear)->Name("demosaic/OpenCV bilinear");
 
 void EdgeAware(benchmark::State& state) {
-  const cv::Mat mosaic = View(Mosaic(), CV_8UC1);
   cv::Mat colors(kHeight, kWidth, CV_8UC3), pixels(kHeight, kWidth, CV_8UC4);
-  Run(state, [&] {
-    cv::cvtColor(mosaic, colors, cv::COLOR_BayerGRBG2BGR_EA);
+  RunOnFreshCopy(state, Mosaic(), [&](std::uint8_t* frame) {
+    cv::cvtColor(cv::Mat(kHeight, kWidth, CV_8UC1, frame), colors, cv::COLOR_BayerGRBG2BGR_EA);
     cv::cvtColor(colors, pixels, cv::COLOR_BGR2BGRA);
   });
 }

@@ -52,12 +52,13 @@ struct MatrixColumn {
 struct Matrix {
   explicit Matrix(const FixedColorMatrix& matrix) : red(matrix, 0), green(matrix, 1), blue(matrix, 2) {}
 
+  /// The results are still to be limited.
   HWY_INLINE void Apply(WordsV& r, WordsV& g, WordsV& b) const {
     const auto zero = hn::Zero(Words());
     const auto rg0 = hn::InterleaveLower(Words(), r, g), rg1 = hn::InterleaveUpper(Words(), r, g);
     const auto b0 = hn::InterleaveLower(Words(), b, zero), b1 = hn::InterleaveUpper(Words(), b, zero);
     const auto mix = [&](const MatrixColumn& column) HWY_ATTR {
-      return Limit(hn::ReorderDemote2To(Words(), column.Sum(rg0, b0), column.Sum(rg1, b1)));
+      return hn::ReorderDemote2To(Words(), column.Sum(rg0, b0), column.Sum(rg1, b1));
     };
     r = mix(red);
     g = mix(green);
@@ -97,7 +98,7 @@ void ChangeRow(const PlaneRow& row, int width, const PixelTones& tones) {
       matrix.Apply(r0, g0, b0);
       matrix.Apply(r1, g1, b1);
     }
-    const Colors mixed{Merge(r0, r1), Merge(g0, g1), Merge(b0, b1)};
+    const Colors mixed{MergeLimited(r0, r1), MergeLimited(g0, g1), MergeLimited(b0, b1)};
     if constexpr (!kGamma) return mixed;
     return Colors{table.At(mixed.red), table.At(mixed.green), table.At(mixed.blue)};
   });

@@ -26,7 +26,8 @@ struct Converter {
         blueRed(Pair(kBlueOfU, kRedOfV)) {}
 
   /// Groups of Y0 U Y1 V to twice as many pixels.
-  HWY_INLINE void Convert(BytesV groups, std::uint8_t* out) const {
+  HWY_INLINE void Convert(BytesV yuv, std::uint8_t* out) const {
+    const auto groups = SpreadOverBlocks<std::uint64_t>(yuv);
     const auto highBytes = hn::Set(Words(), static_cast<std::int16_t>(0xFF00));
     const auto y = Evens(groups);
     // u and v around 0, times 256.
@@ -37,21 +38,25 @@ struct Converter {
     const auto green = hn::ShiftRight<20>(hn::Add(high, hn::ShiftRight<8>(low)));
     const auto rounded = hn::MulFixedPoint15(chroma, blueRed);  // in 1/2^7
     const auto both = hn::BitCast(Dwords(), hn::ShiftRight<7>(hn::Add(rounded, hn::Set(Words(), 64))));
-    const auto b = Limit(hn::Add(y, Twice<0>(both)));
-    const auto g = Limit(hn::Add(y, Twice<0>(green)));
-    const auto r = Limit(hn::Add(y, Twice<2>(both)));
-    hn::StoreInterleaved2(hn::Or(b, hn::ShiftLeft<8>(g)), hn::Or(r, highBytes), Words(),
-                          reinterpret_cast<std::int16_t*>(out));
+    const auto blueGreen = Interleaved(hn::Add(y, Twice<0>(both)), hn::Add(y, Twice<0>(green)));
+    const auto redAlpha = Interleaved(hn::Add(y, Twice<2>(both)), hn::Set(Words(), 255));
+    hn::StoreU(hn::BitCast(Bytes(), hn::InterleaveLower(Words(), blueGreen, redAlpha)), Bytes(), out);
+    hn::StoreU(hn::BitCast(Bytes(), hn::InterleaveUpper(Words(), blueGreen, redAlpha)), Bytes(),
+               out + hn::Lanes(Bytes()));
+  }
+
+  static HWY_INLINE WordsV Interleaved(WordsV a, WordsV b) {
+    return hn::BitCast(Words(), MergeLimited(a, b));
   }
 
   /// A group's word at byte 0 or 2, for both of its pixels.
   template <int kByte>
   static HWY_INLINE WordsV Twice(DwordsV v) {
-    alignas(16) static constexpr std::uint8_t kWords[16] = {
-        kByte + 0, kByte + 1, kByte + 0, kByte + 1, kByte + 4,  kByte + 5,  kByte + 4,  kByte + 5,
-        kByte + 8, kByte + 9, kByte + 8, kByte + 9, kByte + 12, kByte + 13, kByte + 12, kByte + 13};
-    return hn::BitCast(Words(),
-                       hn::TableLookupBytes(hn::BitCast(Bytes(), v), hn::LoadDup128(Bytes(), kWords)));
+    constexpr std::uint32_t kPair = (kByte + 1) << 8 | kByte;
+    const auto first = hn::Set(Dwords(), static_cast<std::int32_t>(kPair << 16 | kPair));
+    const auto groupOfBlock = hn::And(hn::Iota(Dwords(), 0), hn::Set(Dwords(), 3));
+    const auto words = hn::Add(first, hn::Mul(groupOfBlock, hn::Set(Dwords(), 0x04040404)));
+    return hn::BitCast(Words(), hn::TableLookupBytes(hn::BitCast(Bytes(), v), hn::BitCast(Bytes(), words)));
   }
 
   WordsV greenHigh, greenLow, blueRed;
