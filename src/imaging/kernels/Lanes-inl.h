@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 HWY_BEFORE_NAMESPACE();
 namespace zel {
@@ -148,9 +149,7 @@ struct ByteTable {
 #else
 /// A table of 256 bytes: sixteen shuffles by the low half of the index, of which its upper bits choose one.
 struct ByteTable {
-  explicit ByteTable(const std::uint8_t* entries) {
-    for (int i = 0; i < 256; ++i) table[i] = entries[i];
-  }
+  explicit ByteTable(const std::uint8_t* entries) { std::memcpy(table, entries, sizeof table); }
   HWY_INLINE BytesV At(BytesV index) const {
     return Choose<256>(table, index, hn::And(index, hn::Set(Bytes(), 0x0F)));
   }
