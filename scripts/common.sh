@@ -21,6 +21,19 @@ quietly() {
   "$@" >"$log" 2>&1 || { tail -n 60 "$log" >&2; die "'$*' failed; all of its output: $log"; }
 }
 
+# install PACKAGE...: those that are missing. True when there were any.
+install() {
+  local package missing=""
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+  done
+  [ -n "$missing" ] || return 1
+  say "installing:$missing"
+  quietly apt-update as_root apt-get update
+  # shellcheck disable=SC2086
+  quietly apt-install as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing
+}
+
 # build PRESET [TARGET...]
 build() {
   local preset=$1

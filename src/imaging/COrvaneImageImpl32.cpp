@@ -80,6 +80,8 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
   // These look at the whole frame before the first pixel can be made.
   const bool wholeFrame = automatic || format.whitePixelCanceling;
 
+  const bool direct = format.bayerDecodingMethod != 0, usesWorkFrame = !direct || automatic;
+
   if (!wholeFrame) BeginPicture(frame, rows, settings);
   for (LONG unpacked = 0, prepared = 0; prepared < height;) {
     const LONG band = unpacked;
@@ -91,7 +93,7 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
       DotFilter(frame, format.sourceWidth, std::min(layout_.width, format.sourceWidth), rows, prepared, clean,
                 tones.dotFilterThreshold);
     }
-    filter_.PrepareRows(frame, format.sourceWidth, frameBytes, prepared, clean);
+    if (usesWorkFrame) filter_.PrepareRows(frame, format.sourceWidth, frameBytes, prepared, clean);
     prepared = clean;
     if (!wholeFrame) WriteRows(prepared < height ? prepared - 2 : height, settings);
   }
@@ -104,7 +106,7 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
   if (format.whitePixelCanceling) {
     CancelWhitePixels(frame, frameBytes, format.fullWidth, height, tones.whitePixelThreshold,
                       format.bayerMode, tones.gains);
-    filter_.PrepareFrame(frame, format.sourceWidth, frameBytes);
+    if (!direct) filter_.PrepareFrame(frame, format.sourceWidth, frameBytes);
   }
   BeginPicture(frame, rows, settings);
   WriteRows(height, settings);

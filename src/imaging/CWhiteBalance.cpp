@@ -4,10 +4,10 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <new>
 #include <optional>
 
 #include "imaging/kernels/BayerTaps.h"
+#include "imaging/kernels/ColorStatistics.h"
 #include "imaging/kernels/MosaicSums.h"
 
 namespace zel {
@@ -76,19 +76,16 @@ constexpr std::array<std::array<double, 3>, 3> InverseOfToRgb() {
 }
 constexpr auto kToXyz = InverseOfToRgb();
 
-// The sRGB transfer curve. Linear light is looked up in halves of an 8-bit step, as a cell's green is the
-// mean of two.
+// The sRGB transfer curve: of samples to light, as the statistics take it, and of light in 1/255 to bytes.
 struct TransferTables {
-  std::array<double, 511> linear;
+  std::array<std::uint16_t, 256> linear;
   std::array<std::uint8_t, 256> encoded;
 
   TransferTables() {
-    for (std::size_t i = 0; i < linear.size(); ++i) {
-      const double c = static_cast<double>(i) / 510;
-      linear[i] = c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
-    }
-    for (std::size_t i = 0; i < encoded.size(); ++i) {
+    for (std::size_t i = 0; i < 256; ++i) {
       const double c = static_cast<double>(i) / 255;
+      const double light = c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+      linear[i] = static_cast<std::uint16_t>(kFullLight * light + 0.5);
       const double v = 255 * (c <= 0.00304 ? 12.92 * c : 1.055 * std::pow(c, 1 / 2.4) - 0.055);
       encoded[i] = static_cast<std::uint8_t>(std::clamp(v, 0.0, 255.0) + 0.5);
     }
@@ -100,96 +97,69 @@ const TransferTables& Transfer() {
   return tables;
 }
 
-double Encoded(double linear) {
-  return Transfer().encoded[static_cast<std::size_t>(255 * std::clamp(linear, 0.0, 1.0) + 0.5)];
+double Encoded(double light) {
+  return Transfer().encoded[static_cast<std::size_t>(255 * std::clamp(light, 0.0, 1.0) + 0.5)];
+}
+
+ColorSpace SpaceOfTheStatistics() {
+  ColorSpace space{Transfer().linear.data(), {}};
+  for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t column = 0; column < 3; ++column) {
+      space.weights[row][column] =
+          static_cast<std::int16_t>(std::floor(kUnitWeight * kToXyz[row][column] + 0.5));
+    }
+  }
+  return space;
 }
 
 }  // namespace
 
 bool CWhiteBalance::Allocate(LONG width, LONG height) {
-  if (width == width_ && height == height_) return !cells_.empty();
   width_ = width;
   height_ = height;
-  const auto columns = static_cast<std::size_t>(std::max<LONG>(width, 0) / 2);
-  const auto rows = static_cast<std::size_t>((std::max<LONG>(height, 0) / 2 + 1) / 2);
-  try {
-    cells_.resize(columns * rows);
-    valid_.resize(columns * rows);
-  } catch (const std::bad_alloc&) {
-    cells_.clear();
-  }
-  return !cells_.empty();
-}
-
-void CWhiteBalance::FillCells(const unsigned char* workImage, LONG workStride, LONG bayerMode) {
-  const TransferTables& transfer = Transfer();
-  // Where red lies in the cell; blue lies opposite, the greens in the other two corners.
-  const BayerPhase origin = PhaseOfMode(bayerMode);
-  const std::ptrdiff_t stride = workStride;
-  const std::ptrdiff_t redRow = origin.row ? 1 : 0, redColumn = origin.column ? 0 : 1;
-  const std::ptrdiff_t red = redRow * stride + redColumn;
-  const std::ptrdiff_t blue = (1 - redRow) * stride + (1 - redColumn);
-  const std::ptrdiff_t green1 = redRow * stride + (1 - redColumn);
-  const std::ptrdiff_t green2 = (1 - redRow) * stride + redColumn;
-
-  const std::size_t columns = static_cast<std::size_t>(width_) / 2;
-  for (std::size_t i = 0; i < cells_.size(); ++i) {
-    const auto row = static_cast<std::ptrdiff_t>(i / columns),
-               column = static_cast<std::ptrdiff_t>(i % columns);
-    const unsigned char* p = workImage + row * 4 * stride + column * 2;
-    const double r = transfer.linear[2u * p[red]];
-    const double g = transfer.linear[std::size_t{p[green1]} + p[green2]];
-    const double b = transfer.linear[2u * p[blue]];
-    const auto mix = [&](const std::array<double, 3>& weights) {
-      return static_cast<float>(weights[0] * r + weights[1] * g + weights[2] * b);
-    };
-    cells_[i] = {mix(kToXyz[0]), mix(kToXyz[1]), mix(kToXyz[2])};
-    valid_[i] = 1;
-  }
+  return width >= 2 && height >= 2;
 }
 
 void CWhiteBalance::ComputeGains(LONG modeIndex, const unsigned char* workImage, LONG workStride,
                                  LONG bayerMode, LONG width, LONG height, LONG* r, LONG* g, LONG* b) {
-  if (modeIndex == 0 || cells_.empty() || width != width_ || height != height_) {
+  const bool hasCells = width >= 2 && height >= 2 && width == width_ && height == height_;
+  if (modeIndex == 0 || !hasCells) {
     Balance(MeanColor(workImage, workStride, width, height, bayerMode), r, g, b);
     return;
   }
 
-  constexpr float kDarkest = 0.05f;
-  constexpr double kOutlier = 3;  // times the mean
+  constexpr double kDarkest = 0.05;  // of full light
+  constexpr double kOutlier = 3;     // times the mean
   constexpr int kRounds = 5;
 
-  FillCells(workImage, workStride, bayerMode);
-  for (std::size_t i = 0; i < cells_.size(); ++i) {
-    if (cells_[i].y < kDarkest) valid_[i] = 0;
-  }
-  double x = 0, y = 0, z = 0;
-  std::size_t count = 0;
+  const ColorSpace space = SpaceOfTheStatistics();
+  const CellGrid grid{workImage, workStride, width / 2, (height / 2 + 1) / 2, PhaseOfMode(bayerMode)};
+  // Outliers stay out once they are: the limits never rise.
+  CellLimits limits;
+  limits.darkestY = static_cast<std::int32_t>(std::ceil(kDarkest * kFullLight));
+  std::array<double, 3> mean{};  // X, Y, Z
+  CellSums sums;
   for (int round = 0; round < kRounds; ++round) {
-    double sumX = 0, sumY = 0, sumZ = 0;
-    count = 0;
-    for (std::size_t i = 0; i < cells_.size(); ++i) {
-      if (!valid_[i]) continue;
-      sumX += cells_[i].x;
-      sumY += cells_[i].y;
-      sumZ += cells_[i].z;
-      ++count;
+    sums = SumCells(grid, space, limits);
+    std::array<double, 3> next{};
+    for (std::size_t i = 0; i < 3; ++i) {
+      // One more than the count: a single cell is never its own mean, and none is no division by zero.
+      for (std::size_t k = 0; k < 3; ++k) {
+        next[i] += kToXyz[i][k] * static_cast<double>(sums.light[k]) / (static_cast<double>(sums.count) + 1);
+      }
     }
-    // One more than the count: a single cell is never its own mean, and none is no division by zero.
-    const double divisor = static_cast<double>(count) + 1;
-    const bool settled = round > 0 && x == sumX / divisor && y == sumY / divisor && z == sumZ / divisor;
-    x = sumX / divisor;
-    y = sumY / divisor;
-    z = sumZ / divisor;
-    if (settled) break;
-    for (std::size_t i = 0; i < cells_.size(); ++i) {
-      const Xyz& cell = cells_[i];
-      if (cell.x > kOutlier * x || cell.y > kOutlier * y || cell.z > kOutlier * z) valid_[i] = 0;
+    if (round > 0 && next == mean) break;
+    mean = next;
+    for (std::size_t i = 0; i < 3; ++i) {
+      limits.brightest[i] = std::min(limits.brightest[i], static_cast<std::int32_t>(kOutlier * mean[i]));
     }
   }
-  if (count == 0) return;
-  const auto encoded = [&](const double(&row)[3]) { return Encoded(row[0] * x + row[1] * y + row[2] * z); };
-  Balance({encoded(kToRgb[0]), encoded(kToRgb[1]), encoded(kToRgb[2])}, r, g, b);
+  if (sums.count == 0) return;
+  // The mean's way back from X, Y, Z undoes the way there.
+  const auto encoded = [&](std::uint64_t light) {
+    return Encoded(static_cast<double>(light) / (static_cast<double>(sums.count) + 1) / kFullLight);
+  };
+  Balance({encoded(sums.light[0]), encoded(sums.light[1]), encoded(sums.light[2])}, r, g, b);
 }
 
 void GreyWorldGains24(const unsigned char* frame, LONG sourceWidth, LONG height, LONG bayerMode, LONG* r,

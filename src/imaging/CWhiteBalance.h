@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "platform/ComponentTypes.h"
 
@@ -15,27 +14,19 @@ class CWhiteBalance {
   CWhiteBalance() = default;
   virtual ~CWhiteBalance() = default;
 
-  /// Sizes the statistics for frames of width x height samples; true when modes 2 and 3 can use them, false
-  /// for an empty size or without memory.
+  /// Fits the statistics to frames of width x height samples; true when modes 2 and 3 can use them, false for
+  /// less than one cell.
   bool Allocate(LONG width, LONG height);
 
   /// `modeIndex` 0: grey world, 1 and 2: mean colour without dark and outlying cells (grey world while there
-  /// are no statistics). `workImage` points at the image's first sample; `workStride` is in bytes.
+  /// are no statistics). `workImage` points at the image's first sample, whose rows have slack; `workStride`
+  /// is in bytes.
   void ComputeGains(LONG modeIndex, const unsigned char* workImage, LONG workStride, LONG bayerMode,
                     LONG width, LONG height, LONG* r, LONG* g, LONG* b);
 
  private:
-  struct Xyz {
-    float x, y, z;
-  };
-
-  void FillCells(const unsigned char* workImage, LONG workStride, LONG bayerMode);
-
   LONG width_ = 0;
   LONG height_ = 0;
-  /// One colour per 2 x 2 cell of every second row of cells, row by row, and whether it still counts.
-  std::vector<Xyz> cells_;
-  std::vector<std::uint8_t> valid_;
 };
 
 /// Grey world over a whole 8-bit mosaic of sourceWidth x height samples without row gaps.

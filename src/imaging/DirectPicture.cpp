@@ -22,24 +22,24 @@ bool DirectPicture::Allocate(int width) {
 void DirectPicture::Begin(const MosaicFrame& frame, const ColorGains& gains) {
   frame_ = frame;
   gains_ = gains;
-  staged_ = next_ = 0;
+  next_ = 0;
 }
 
-const std::uint8_t* DirectPicture::Staged(int row) {
-  for (; staged_ <= row; ++staged_) {
-    std::memcpy(rows_.Data() + static_cast<std::size_t>(staged_ % kRows) * pitch_ + kRowSlack,
-                frame_.samples + staged_ * frame_.pitch, static_cast<std::size_t>(frame_.width));
-  }
-  return rows_.Data() + static_cast<std::size_t>(row % kRows) * pitch_ + kRowSlack;
+const std::uint8_t* DirectPicture::Row(int row) {
+  const std::uint8_t* samples = frame_.samples + row * frame_.pitch;
+  const std::ptrdiff_t behind = (frame_.height - 1 - row) * frame_.pitch;
+  if (row > 0 && behind >= static_cast<std::ptrdiff_t>(kRowSlack)) return samples;
+  std::uint8_t* copy = rows_.Data() + static_cast<std::size_t>(row % kRows) * pitch_ + kRowSlack;
+  std::memcpy(copy, samples, static_cast<std::size_t>(frame_.width));
+  return copy;
 }
 
 void DirectPicture::WriteRows(int endRow, PictureWriter& writer) {
   if (!Exists(frame_)) return;
   for (endRow = std::min(endRow, frame_.height); next_ < endRow; ++next_) {
     const int row = std::clamp(next_, kBorder, frame_.height - kBorder - 1);
-    const std::uint8_t* below = Staged(row + 1);
     const PlaneRow colors = writer.NextRow();
-    DirectRow({Staged(row - 2), Staged(row - 1), Staged(row), below}, frame_.width,
+    DirectRow({Row(row - 2), Row(row - 1), Row(row), Row(row + 1)}, frame_.width,
               PhaseAt(frame_.phase, row, 0), gains_, colors);
     const int last = frame_.width - kBorder - 1;
     for (std::uint8_t* plane : {colors.red, colors.green, colors.blue}) {

@@ -34,13 +34,14 @@ class DirectPicture {
  private:
   static constexpr int kRows = 4;  // that a row looks at
 
-  const std::uint8_t* Staged(int row);
+  /// A frame row with slack: itself, or a copy where the slack would lie outside the frame.
+  const std::uint8_t* Row(int row);
 
-  ScratchBuffer rows_;  ///< copies of the last frame rows: kernels read beyond a row's end
+  ScratchBuffer rows_;
   std::size_t pitch_ = 0;
   MosaicFrame frame_;
   ColorGains gains_;
-  int staged_ = 0, next_ = 0;
+  int next_ = 0;
 };
 
 }  // namespace zel

@@ -1,7 +1,6 @@
 #include "imaging/JpegFile.h"
 
 #include <csetjmp>
-#include <vector>
 
 // Needs <cstdio> before it.
 #include <jpeglib.h>
@@ -72,23 +71,17 @@ struct Source {
   int bytesPerPixel;
 };
 
-void Compress(jpeg_compress_struct* codec, std::FILE* file, const Source& source, int width, int height,
-              std::uint8_t* row) {
+void Compress(jpeg_compress_struct* codec, std::FILE* file, const Source& source, int width, int height) {
   jpeg_create_compress(codec);
   jpeg_stdio_dest(codec, file);
   codec->image_width = static_cast<JDIMENSION>(width);
   codec->image_height = static_cast<JDIMENSION>(height);
-  codec->input_components = 3;
-  codec->in_color_space = JCS_RGB;
+  codec->input_components = source.bytesPerPixel;
+  codec->in_color_space = source.bytesPerPixel == 4 ? JCS_EXT_BGRX : JCS_EXT_BGR;
   jpeg_set_defaults(codec);
   jpeg_start_compress(codec, TRUE);
   while (codec->next_scanline < codec->image_height) {
-    const std::uint8_t* from = source.pixels + codec->next_scanline * source.strideBytes;
-    for (int i = 0; i < width; ++i, from += source.bytesPerPixel) {
-      row[3 * i] = from[2];
-      row[3 * i + 1] = from[1];
-      row[3 * i + 2] = from[0];
-    }
+    auto* row = const_cast<JSAMPLE*>(source.pixels + codec->next_scanline * source.strideBytes);
     jpeg_write_scanlines(codec, &row, 1);
   }
   jpeg_finish_compress(codec);
@@ -114,12 +107,9 @@ void ReadRows(jpeg_decompress_struct* codec, std::uint8_t* rgb) {
 
 bool WriteJpeg(std::FILE* file, const std::uint8_t* pixels, int width, int height, std::ptrdiff_t strideBytes,
                int bytesPerPixel) {
-  std::vector<std::uint8_t> row(std::size_t(width) * 3);
   const Source source{pixels, strideBytes, bytesPerPixel};
-  std::uint8_t* rowData = row.data();
   Guarded<jpeg_compress_struct> writer;
-  return writer.Do(
-      [&](jpeg_compress_struct* codec) { Compress(codec, file, source, width, height, rowData); });
+  return writer.Do([&](jpeg_compress_struct* codec) { Compress(codec, file, source, width, height); });
 }
 
 bool ReadJpeg(std::FILE* file, Picture* picture, std::string* error) {

@@ -8,6 +8,8 @@
 
 #include "imaging/CWhiteBalance.h"
 #include "imaging/ColorTemperature.h"
+#include "imaging/EachTarget.h"
+#include "imaging/kernels/PlaneRow.h"
 
 namespace zel {
 namespace {
@@ -25,7 +27,11 @@ struct Mosaic {
   std::vector<std::uint8_t> bytes;
 
   Mosaic(LONG w, LONG h, LONG bayerMode, Color color)
-      : width(w), height(h), mode(bayerMode), stride(w + 11), bytes(std::size_t(w + 11) * (h + 4)) {
+      : width(w),
+        height(h),
+        mode(bayerMode),
+        stride(w + 11),
+        bytes(std::size_t(w + 11) * (h + 4) + kRowSlack) {
     for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 37);
     for (LONG y = 0; y < h; ++y) {
       for (LONG x = 0; x < w; ++x) Paint(y, x, color);
@@ -73,7 +79,10 @@ Gains UniformStatistics(Color color, double cells) {
           LONG(std::floor(128 * green / through(color.b) + 0.5))};
 }
 
-TEST(WhiteBalance, TintedMosaicsInAllPhasesAndSizes) {
+using WhiteBalance = EachTarget;
+FOR_EACH_TARGET(WhiteBalance);
+
+TEST_P(WhiteBalance, TintedMosaicsInAllPhasesAndSizes) {
   const std::array<LONG, 2> sizes[] = {{2, 2}, {3, 5}, {16, 4}, {33, 18}, {70, 9}};
   for (LONG mode = 0; mode < 4; ++mode) {
     for (const auto& [width, height] : sizes) {
@@ -90,7 +99,7 @@ TEST(WhiteBalance, TintedMosaicsInAllPhasesAndSizes) {
   }
 }
 
-TEST(WhiteBalance, GreyIsNeutralAndDarkSaysNothing) {
+TEST_P(WhiteBalance, GreyIsNeutralAndDarkSaysNothing) {
   for (int v = 1; v < 256; ++v) {
     const Mosaic mosaic(12, 12, 1, {v, v, v});
     EXPECT_EQ(mosaic.Balance(0), (Gains{128, 128, 128})) << v;
@@ -101,7 +110,7 @@ TEST(WhiteBalance, GreyIsNeutralAndDarkSaysNothing) {
   EXPECT_EQ(Mosaic(1, 1, 0, {90, 90, 90}).Balance(0), kBefore);
 }
 
-TEST(WhiteBalance, StatisticsLeaveOutDarkOutlyingAndUnlookedCells) {
+TEST_P(WhiteBalance, StatisticsLeaveOutDarkOutlyingAndUnlookedCells) {
   Mosaic mosaic(40, 40, 3, {100, 100, 100});
   for (LONG x = 0; x < 20; ++x) {
     for (LONG y = 1; y < 20; y += 2) mosaic.PaintCell(y, x, {250, 10, 130});  // every second row of cells
@@ -112,7 +121,7 @@ TEST(WhiteBalance, StatisticsLeaveOutDarkOutlyingAndUnlookedCells) {
   EXPECT_EQ(mosaic.Balance(1), (Gains{128, 128, 128}));
 }
 
-TEST(WhiteBalance, WhitePointOfThe24BitClass) {
+TEST_P(WhiteBalance, WhitePointOfThe24BitClass) {
   struct Case {
     Color color;
     Gains expected;

@@ -15,24 +15,35 @@ namespace {
 
 // With this gain one sixteenth of a sample step is already white.
 constexpr int kMaxGain = (1 << 19) - 1;
+constexpr int kLargeGain = 1 << 15;  // 256 times unity
 
-/// A gain in 1/2^kShift, split into a whole factor and a rest so that both products fit into 16 bits: from a
-/// whole factor of 1 on, sums above 255 are white whatever the rest is.
-template <int kShift>
+/// Multiplies sums below 2^kBits by a gain in 1/2^(kBits - 1) and limits them to 255. Gains from
+/// kLargeGain on are split into a factor and a rest, so that both products fit into 16 bits: sums above 255
+/// are then white whatever the rest is.
+template <int kBits, bool kLarge>
 struct Gain {
   explicit Gain(int gain) {
-    const int g = std::clamp(gain, 0, kMaxGain);
+    constexpr int kShift = kBits - 1;
+    const int g = std::clamp(gain, 0, kMaxGain), below = kLarge ? g & ((1 << kShift) - 1) : g;
     whole = hn::Set(UnsignedWords(), static_cast<std::uint16_t>(std::min(g >> kShift, 256)));
-    rest = hn::Set(UnsignedWords(), static_cast<std::uint16_t>((g & ((1 << kShift) - 1)) << (12 - kShift)));
+    rest = hn::Set(UnsignedWords(), static_cast<std::uint16_t>(below << 1));
   }
-  /// `sum` up to 4080.
   HWY_INLINE WordsV Apply(WordsV sum) const {
     const auto v = hn::BitCast(UnsignedWords(), sum), white = hn::Set(UnsignedWords(), 255);
-    const auto fraction = hn::MulHigh(hn::ShiftLeft<4>(v), rest);
-    const auto product = hn::SaturatedAdd(hn::Mul(hn::Min(v, white), whole), fraction);
+    // 2^(16 - kBits) * 2 / 2^16: the product's upper half has the gain's unit taken out.
+    auto product = hn::MulHigh(hn::ShiftLeft<16 - kBits>(v), rest);
+    if constexpr (kLarge) product = hn::SaturatedAdd(hn::Mul(hn::Min(v, white), whole), product);
     return hn::BitCast(Words(), hn::Min(product, white));
   }
   UnsignedWordsV whole, rest;
+};
+
+template <bool kLarge>
+struct Gains {
+  explicit Gains(const ColorGains& gains) : red(gains.r), green(gains.g), blue(gains.b) {}
+  Gain<12, kLarge> red;
+  Gain<8, kLarge> green;
+  Gain<12, kLarge> blue;
 };
 
 /// Sums of the four samples of each colour around a point, the nearest weighing 9, then 3, 3 and 1.
@@ -84,9 +95,14 @@ HWY_INLINE Sums AtColor(const Neighbourhood& n) {
           Weigh(n.above.left, n.above.right, n.below.left, n.below.right)};
 }
 
-template <bool kGreenFirst>
-void ColorRow(const MosaicRows& rows, int width, const Gain<11>& ownGain, const Gain<7>& greenGain,
-              const Gain<11>& otherGain, std::uint8_t* own, std::uint8_t* green, std::uint8_t* other) {
+template <bool kGreenFirst, bool kLarge>
+void ColorRow(const MosaicRows& rows, int width, BayerPhase phase, const ColorGains& gains,
+              const PlaneRow& out) {
+  const Gains<kLarge> all(gains);
+  const auto& ownGain = phase.row ? all.blue : all.red;
+  const auto& otherGain = phase.row ? all.red : all.blue;
+  std::uint8_t* const own = phase.row ? out.blue : out.red;
+  std::uint8_t* const other = phase.row ? out.red : out.blue;
   for (int i = 0; i < width; i += static_cast<int>(hn::Lanes(Bytes()))) {
     const RowTaps a = LoadTaps(rows.farAbove + i), b = LoadTaps(rows.above + i), c = LoadTaps(rows.here + i),
                   d = LoadTaps(rows.below + i);
@@ -94,7 +110,7 @@ void ColorRow(const MosaicRows& rows, int width, const Gain<11>& ownGain, const 
     const Sums even = kGreenFirst ? AtGreen(evens) : AtColor(evens);
     const Sums odd = kGreenFirst ? AtColor(odds) : AtGreen(odds);
     hn::StoreU(Merge(ownGain.Apply(even.own), ownGain.Apply(odd.own)), Bytes(), own + i);
-    hn::StoreU(Merge(greenGain.Apply(even.green), greenGain.Apply(odd.green)), Bytes(), green + i);
+    hn::StoreU(Merge(all.green.Apply(even.green), all.green.Apply(odd.green)), Bytes(), out.green + i);
     hn::StoreU(Merge(otherGain.Apply(even.other), otherGain.Apply(odd.other)), Bytes(), other + i);
   }
 }
@@ -116,14 +132,11 @@ void DirectRow(const MosaicRows& rows, int width, BayerPhase phase, const ColorG
     (greenFirst ? GreyRow<true> : GreyRow<false>)(rows, width, out.green);
     return;
   }
-  const Gain<11> red(gains.r), blue(gains.b);
-  const Gain<7> green(gains.g);
-  const auto row = greenFirst ? ColorRow<true> : ColorRow<false>;
-  if (phase.row) {
-    row(rows, width, blue, green, red, out.blue, out.green, out.red);
-  } else {
-    row(rows, width, red, green, blue, out.red, out.green, out.blue);
-  }
+  using Row = void (*)(const MosaicRows&, int, BayerPhase, const ColorGains&, const PlaneRow&);
+  constexpr Row kRows[2][2] = {{ColorRow<false, false>, ColorRow<false, true>},
+                               {ColorRow<true, false>, ColorRow<true, true>}};
+  const bool large = std::max({gains.r, gains.g, gains.b}) >= kLargeGain;
+  kRows[greenFirst][large](rows, width, phase, gains, out);
 }
 
 }  // namespace

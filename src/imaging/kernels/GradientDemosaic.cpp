@@ -23,14 +23,15 @@ struct ColumnTaps {
   Taps even, odd;
 };
 
-// The interpolated sums lie within -3060..7148, so that 16-bit lanes hold them and their rounding.
+// The interpolated sums lie within -3060..7148, so that 16-bit lanes hold them and their rounding. They are
+// limited to 0..255 when they become bytes.
 
 HWY_INLINE WordsV Green(const Taps& t) {
   const auto crossed = hn::Add(hn::Add(hn::Add(t.here, t.here), t.beside), t.above);
   const auto far = hn::Add(t.farBeside, t.farAbove);
   // Twice the sum would be in sixteenths.
   const auto eighths = hn::Sub(hn::Add(crossed, crossed), far);
-  return Limit(hn::ShiftRight<3>(hn::Add(eighths, hn::Set(Words(), 4))));
+  return hn::ShiftRight<3>(hn::Add(eighths, hn::Set(Words(), 4)));
 }
 
 HWY_INLINE WordsV Diagonal(const Taps& t) {
@@ -38,7 +39,7 @@ HWY_INLINE WordsV Diagonal(const Taps& t) {
   const auto three = hn::Add(hn::Add(t.here, t.here), t.here);
   const auto quarter = hn::Sub(hn::Add(three, t.corners), far);
   const auto sum = hn::Add(hn::Add(hn::ShiftLeft<2>(quarter), far), hn::Set(Words(), 8));
-  return Limit(hn::ShiftRight<4>(sum));
+  return hn::ShiftRight<4>(sum);
 }
 
 // What the two other colours at a green sample have in common, with the rounding.
@@ -52,7 +53,7 @@ HWY_INLINE WordsV AtGreen(const Taps& t) {
 HWY_INLINE WordsV Along(WordsV atGreen, WordsV near, WordsV far, WordsV across) {
   const auto half = hn::Sub(hn::ShiftLeft<2>(near), far);
   const auto sum = hn::Add(hn::Add(atGreen, across), hn::Add(half, half));
-  return Limit(hn::ShiftRight<4>(sum));
+  return hn::ShiftRight<4>(sum);
 }
 
 HWY_INLINE ColumnTaps LoadTaps(const std::uint8_t* p, std::ptrdiff_t stride) {
@@ -76,8 +77,9 @@ HWY_INLINE ColumnTaps LoadTaps(const std::uint8_t* p, std::ptrdiff_t stride) {
 template <bool kGreenFirst>
 void ColorRow(const std::uint8_t* samples, std::ptrdiff_t stride, int width, std::uint8_t* own,
               std::uint8_t* green, std::uint8_t* other) {
-  const auto merge = [](WordsV atGreen, WordsV atColor)
-                         HWY_ATTR { return kGreenFirst ? Merge(atGreen, atColor) : Merge(atColor, atGreen); };
+  const auto merge = [](WordsV atGreen, WordsV atColor) HWY_ATTR {
+    return kGreenFirst ? MergeLimited(atGreen, atColor) : MergeLimited(atColor, atGreen);
+  };
   for (int i = 0; i < width; i += static_cast<int>(hn::Lanes(Bytes()))) {
     const ColumnTaps taps = LoadTaps(samples + i, stride);
     const Taps& g = kGreenFirst ? taps.even : taps.odd;
@@ -93,8 +95,8 @@ template <bool kGreenFirst>
 void GreyRow(const std::uint8_t* samples, std::ptrdiff_t stride, int width, std::uint8_t* green) {
   for (int i = 0; i < width; i += static_cast<int>(hn::Lanes(Bytes()))) {
     const ColumnTaps taps = LoadTaps(samples + i, stride);
-    const auto merged =
-        kGreenFirst ? Merge(taps.even.here, Green(taps.odd)) : Merge(Green(taps.even), taps.odd.here);
+    const auto merged = kGreenFirst ? MergeLimited(taps.even.here, Green(taps.odd))
+                                    : MergeLimited(Green(taps.even), taps.odd.here);
     hn::StoreU(merged, Bytes(), green + i);
   }
 }

@@ -15,8 +15,18 @@ namespace zel {
 namespace HWY_NAMESPACE {
 namespace {
 
-HWY_INLINE void Interleave4(BytesV b, BytesV g, BytesV r, BytesV a, std::uint8_t* out) {
-  hn::StoreInterleaved4(b, g, r, a, Bytes(), out);
+/// `alpha` is the same in all lanes.
+template <bool kStreaming = false>
+HWY_INLINE void Interleave4(BytesV b, BytesV g, BytesV r, BytesV alpha, std::uint8_t* out) {
+  const Pixels pixels = Interleaved(b, g, r, alpha);
+  for (const BytesV& part : pixels.part) {
+    if constexpr (kStreaming) {
+      hn::Stream(part, Bytes(), out);
+    } else {
+      hn::StoreU(part, Bytes(), out);
+    }
+    out += hn::MaxLanes(Bytes());
+  }
 }
 
 /// Stores by way of a buffer of whole vectors what is less than they hold.
@@ -52,14 +62,8 @@ void StoreRow(const PlaneRow& row, int width, std::uint8_t* out) {
     std::uint8_t* pixels = out + std::ptrdiff_t{i} * kPixelBytes;
     if constexpr (kPixelBytes == 3) {
       hn::StoreInterleaved3(b, g, r, Bytes(), pixels);
-    } else if constexpr (kStreaming) {
-      alignas(64) std::uint8_t line[4 * HWY_MAX_BYTES];
-      Interleave4(b, g, r, alpha, line);
-      for (int k = 0; k < 4 * kStep; k += kStep) {
-        hn::Stream(hn::Load(Bytes(), line + k), Bytes(), pixels + k);
-      }
     } else {
-      Interleave4(b, g, r, alpha, pixels);
+      Interleave4<kStreaming>(b, g, r, alpha, pixels);
     }
   }
   if (i < width) StorePart<kPixelBytes>(row, i, width - i, out + std::ptrdiff_t{i} * kPixelBytes);

@@ -13,18 +13,18 @@ namespace zel {
 namespace HWY_NAMESPACE {
 namespace {
 
-/// |difference| * strength / 10, at most 255.
+/// |difference| * strength / 10.
 HWY_INLINE WordsV Strengthen(WordsV difference, UnsignedWordsV strength) {
   const auto product = hn::Mul(hn::BitCast(UnsignedWords(), difference), strength);
   // 0xCCCD / 2^19 is a tenth, exact for all 16-bit numbers.
-  const auto tenth = hn::ShiftRight<3>(hn::MulHigh(product, hn::Set(UnsignedWords(), 0xCCCD)));
-  return hn::BitCast(Words(), hn::Min(tenth, hn::Set(UnsignedWords(), 255)));
+  return hn::BitCast(Words(), hn::ShiftRight<3>(hn::MulHigh(product, hn::Set(UnsignedWords(), 0xCCCD))));
 }
 
 HWY_INLINE BytesV SharpenBytes(BytesV value, BytesV mean, UnsignedWordsV strength) {
   const auto above = hn::SaturatedSub(value, mean), below = hn::SaturatedSub(mean, value);
   const auto difference = hn::Or(above, below);
-  const auto change = Merge(Strengthen(Evens(difference), strength), Strengthen(Odds(difference), strength));
+  const auto change =
+      MergeLimited(Strengthen(Evens(difference), strength), Strengthen(Odds(difference), strength));
   return hn::IfThenElse(hn::Eq(below, hn::Zero(Bytes())), hn::SaturatedAdd(value, change),
                         hn::SaturatedSub(value, change));
 }

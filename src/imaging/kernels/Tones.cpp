@@ -11,7 +11,9 @@ namespace zel {
 namespace HWY_NAMESPACE {
 namespace {
 
-/// A gain as a whole multiple of eight and a rest below it, so that both products fit into 16 bits.
+/// A gain as a multiple of eight, which is 0 unless `kLarge`, and a rest below it, so that both products fit
+/// into 16 bits.
+template <bool kLarge>
 struct Gain {
   explicit Gain(std::int32_t gain)
       : whole(hn::Set(Words(), static_cast<std::int16_t>((gain >> 15) * 8))),
@@ -19,12 +21,17 @@ struct Gain {
 
   HWY_INLINE WordsV Apply(WordsV v) const {
     // The product in 1/2^15 rounds to nearest: eight times v by the rest in 1/4096.
-    const auto rounded = hn::MulFixedPoint15(hn::ShiftLeft<3>(v), rest);
-    return hn::Min(hn::SaturatedAdd(hn::Mul(v, whole), rounded), hn::Set(Words(), 255));
+    auto product = hn::MulFixedPoint15(hn::ShiftLeft<3>(v), rest);
+    if constexpr (kLarge) product = hn::SaturatedAdd(hn::Mul(v, whole), product);
+    return hn::Min(product, hn::Set(Words(), 255));
   }
 
   WordsV whole, rest;
 };
+
+bool IsLarge(std::int32_t gain) {
+  return gain >= 1 << 15;
+}
 
 /// Factors of one column of a matrix: what makes one colour of the three.
 struct MatrixColumn {
@@ -45,12 +52,13 @@ struct MatrixColumn {
 struct Matrix {
   explicit Matrix(const FixedColorMatrix& matrix) : red(matrix, 0), green(matrix, 1), blue(matrix, 2) {}
 
+  /// The results are still to be limited.
   HWY_INLINE void Apply(WordsV& r, WordsV& g, WordsV& b) const {
     const auto zero = hn::Zero(Words());
     const auto rg0 = hn::InterleaveLower(Words(), r, g), rg1 = hn::InterleaveUpper(Words(), r, g);
     const auto b0 = hn::InterleaveLower(Words(), b, zero), b1 = hn::InterleaveUpper(Words(), b, zero);
     const auto mix = [&](const MatrixColumn& column) HWY_ATTR {
-      return Limit(hn::ReorderDemote2To(Words(), column.Sum(rg0, b0), column.Sum(rg1, b1)));
+      return hn::ReorderDemote2To(Words(), column.Sum(rg0, b0), column.Sum(rg1, b1));
     };
     r = mix(red);
     g = mix(green);
@@ -60,39 +68,59 @@ struct Matrix {
   MatrixColumn red, green, blue;
 };
 
-template <bool kMatrix>
-void GainsAndMatrix(const PlaneRow& row, int width, const PixelTones& tones) {
-  static constexpr FixedColorMatrix kNone;
-  const Matrix matrix(kMatrix ? *tones.matrix : kNone);
-  const Gain red(tones.gains.r), green(tones.gains.g), blue(tones.gains.b);
+struct Colors {
+  BytesV red, green, blue;
+};
+
+/// Calls `change(colors)` for all colours of a row.
+template <class Change>
+HWY_INLINE void ForColors(const PlaneRow& row, int width, Change change) {
   for (int i = 0; i < width; i += static_cast<int>(hn::Lanes(Bytes()))) {
-    const auto r = hn::LoadU(Bytes(), row.red + i), g = hn::LoadU(Bytes(), row.green + i),
-               b = hn::LoadU(Bytes(), row.blue + i);
-    auto r0 = red.Apply(Evens(r)), g0 = green.Apply(Evens(g)), b0 = blue.Apply(Evens(b));
-    auto r1 = red.Apply(Odds(r)), g1 = green.Apply(Odds(g)), b1 = blue.Apply(Odds(b));
+    const Colors colors = change(Colors{hn::LoadU(Bytes(), row.red + i), hn::LoadU(Bytes(), row.green + i),
+                                        hn::LoadU(Bytes(), row.blue + i)});
+    hn::StoreU(colors.red, Bytes(), row.red + i);
+    hn::StoreU(colors.green, Bytes(), row.green + i);
+    hn::StoreU(colors.blue, Bytes(), row.blue + i);
+  }
+}
+
+template <bool kLarge, bool kMatrix, bool kGamma>
+void ChangeRow(const PlaneRow& row, int width, const PixelTones& tones) {
+  static constexpr FixedColorMatrix kNoMatrix;
+  static constexpr std::uint8_t kNoTable[256] = {};
+  const Gain<kLarge> red(tones.gains.r), green(tones.gains.g), blue(tones.gains.b);
+  const Matrix matrix(kMatrix ? *tones.matrix : kNoMatrix);
+  const ByteTable table(kGamma ? tones.gamma : kNoTable);
+  ForColors(row, width, [&](const Colors& c) HWY_ATTR {
+    auto r0 = red.Apply(Evens(c.red)), g0 = green.Apply(Evens(c.green)), b0 = blue.Apply(Evens(c.blue));
+    auto r1 = red.Apply(Odds(c.red)), g1 = green.Apply(Odds(c.green)), b1 = blue.Apply(Odds(c.blue));
     if constexpr (kMatrix) {
       matrix.Apply(r0, g0, b0);
       matrix.Apply(r1, g1, b1);
     }
-    hn::StoreU(Merge(r0, r1), Bytes(), row.red + i);
-    hn::StoreU(Merge(g0, g1), Bytes(), row.green + i);
-    hn::StoreU(Merge(b0, b1), Bytes(), row.blue + i);
-  }
+    const Colors mixed{MergeLimited(r0, r1), MergeLimited(g0, g1), MergeLimited(b0, b1)};
+    if constexpr (!kGamma) return mixed;
+    return Colors{table.At(mixed.red), table.At(mixed.green), table.At(mixed.blue)};
+  });
 }
 
 void ApplyTones(const PlaneRow& row, int width, const PixelTones& tones) {
-  if (tones.matrix) {
-    GainsAndMatrix<true>(row, width, tones);
-  } else if (tones.gains != PlaneGains{}) {
-    GainsAndMatrix<false>(row, width, tones);
+  const bool large = IsLarge(tones.gains.r) || IsLarge(tones.gains.g) || IsLarge(tones.gains.b);
+  const bool matrix = tones.matrix, gamma = tones.gamma;
+  if (!matrix && tones.gains == PlaneGains{}) {
+    if (!gamma) return;
+    const ByteTable table(tones.gamma);
+    ForColors(row, width, [&](const Colors& c) HWY_ATTR {
+      return Colors{table.At(c.red), table.At(c.green), table.At(c.blue)};
+    });
+    return;
   }
-  if (!tones.gamma) return;
-  const ByteTable table(tones.gamma);
-  for (std::uint8_t* plane : {row.red, row.green, row.blue}) {
-    for (int i = 0; i < width; i += static_cast<int>(hn::Lanes(Bytes()))) {
-      hn::StoreU(table.At(hn::LoadU(Bytes(), plane + i)), Bytes(), plane + i);
-    }
-  }
+  using Change = void (*)(const PlaneRow&, int, const PixelTones&);
+  constexpr Change kChanges[2][2][2] = {{{ChangeRow<false, false, false>, ChangeRow<false, false, true>},
+                                         {ChangeRow<false, true, false>, ChangeRow<false, true, true>}},
+                                        {{ChangeRow<true, false, false>, ChangeRow<true, false, true>},
+                                         {ChangeRow<true, true, false>, ChangeRow<true, true, true>}}};
+  kChanges[large][matrix][gamma](row, width, tones);
 }
 
 }  // namespace

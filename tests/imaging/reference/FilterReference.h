@@ -37,8 +37,8 @@ inline void CancelWhitePixels(Bytes& frame, int fullWidth, int height, int thres
       const BayerSample s = DirectColorAt(&frame[i], fullWidth, rowFlag, columnFlag);
       const int r = std::min(255, s.red * gains.r / 2048), g = std::min(255, s.green * gains.g / 128),
                 b = std::min(255, s.blue * gains.b / 2048);
-      const int far = (std::abs(r - g) > 30) + (std::abs(r - b) > 30) + (std::abs(g - b) > 30);
-      if (far >= 2) frame[i] = static_cast<std::uint8_t>(mean);
+      const int differing = (std::abs(r - g) > 30) + (std::abs(r - b) > 30) + (std::abs(g - b) > 30);
+      if (differing >= 2) frame[i] = static_cast<std::uint8_t>(mean);
     }
   }
 }
