@@ -14,6 +14,8 @@
 ///
 ///   zel_demosaic_quality PHOTO.jpg...                          a table of PSNRs in dB
 ///   zel_demosaic_quality --crop X Y SIZE OUT.jpg PHOTO.jpg     original and results side by side, enlarged
+/// Instead of a photograph's path, "chart" is a drawn chart of 256 x 256: rings that get finer outwards, grey
+/// above, coloured below.
 namespace zel {
 namespace {
 
@@ -31,7 +33,24 @@ constexpr Phase kPhases[] = {{"GRBG", cv::COLOR_BayerGRBG2BGR, cv::COLOR_BayerGR
                              {"RGGB", cv::COLOR_BayerRGGB2BGR, cv::COLOR_BayerRGGB2BGR_EA},
                              {"GBRG", cv::COLOR_BayerGBRG2BGR, cv::COLOR_BayerGBRG2BGR_EA}};
 
+cv::Mat DrawChart() {
+  constexpr int kSize = 256;
+  cv::Mat chart(kSize, kSize, CV_8UC3);
+  for (int y = 0; y < kSize; ++y) {
+    for (int x = 0; x < kSize; ++x) {
+      // At the corners a ring is two samples wide: the finest that a sensor sees.
+      const double dx = x - kSize / 2.0, dy = y - kSize / 2.0;
+      const double ring = std::cos(1.5 * (dx * dx + dy * dy) / kSize);
+      const cv::Vec3d contrast = y < kSize / 2 ? cv::Vec3d(100, 100, 100) : cv::Vec3d(-30, 60, 110);
+      for (int c = 0; c < 3; ++c)
+        chart.at<cv::Vec3b>(y, x)[c] = cv::saturate_cast<std::uint8_t>(128 + contrast[c] * ring);
+    }
+  }
+  return chart;
+}
+
 cv::Mat ReadPhoto(const std::filesystem::path& path) {
+  if (path == "chart") return DrawChart();
   Picture picture;
   std::string error;
   if (!ReadPicture(path, &picture, &error)) {

@@ -29,7 +29,8 @@ bool CFilterBayer::Allocate(LONG width, LONG height) {
   if (width < 1 || height < 1 || width > INT32_MAX - 1 - kRowExtra) return false;
 
   const LONG stride = width + (width & 1) + kRowExtra;
-  const std::size_t bytes = std::size_t(stride) * (std::size_t(height) + 2 * kMarginRows) + kRowSlack;
+  const std::size_t bytes =
+      std::size_t(stride) * (std::size_t(std::max(height, kMaxBand)) + 2 * kMarginRows) + kRowSlack;
   if (!work_.Reserve(bytes) || !writer_.Allocate(width)) return false;
   // Margins that are never filled (small frames) read as black.
   std::memset(work_.Data(), 0, bytes);
@@ -46,21 +47,16 @@ std::uint8_t* CFilterBayer::ImageOrigin() const {
 }
 
 void CFilterBayer::PrepareFrame(const unsigned char* frame, LONG pitch, std::size_t frameBytes) {
-  PrepareRows(frame, pitch, frameBytes, 0, height_);
-}
-
-void CFilterBayer::PrepareRows(const unsigned char* frame, LONG pitch, std::size_t frameBytes, LONG firstRow,
-                               LONG endRow) {
   std::uint8_t* image = ImageOrigin();
   if (!image || !frame || pitch < 0) return;
   const auto rowBytes = static_cast<std::size_t>(width_);
   const std::size_t sourcePitch = pitch == 0 ? rowBytes : static_cast<std::size_t>(pitch);
-  for (LONG row = firstRow; row < endRow; ++row) {
+  for (LONG row = 0; row < height_; ++row) {
     const std::size_t offset = std::size_t(row) * sourcePitch;
     if (frameBytes < rowBytes || offset > frameBytes - rowBytes) break;
     std::memcpy(image + std::ptrdiff_t{row} * workStride_, frame + offset, rowBytes);
   }
-  FillMargins(image, workStride_, width_, height_, firstRow, endRow);
+  FillMargins(image, workStride_, width_, height_);
 }
 
 void CFilterBayer::SetGammaTable(LONG gamma) {
@@ -125,13 +121,31 @@ void CFilterBayer::Demosaic(const unsigned char* frame, const PictureTarget& tar
   PictureTarget inside = target;
   inside.width = std::min<LONG>(target.width, width_);
   writer_.Begin(inside, tones, 0);
-  DemosaicRows(0, height_, bayerMode);
+  DemosaicRows(height_, PhaseOfMode(bayerMode));
 }
 
-void CFilterBayer::DemosaicRows(LONG firstRow, LONG endRow, LONG bayerMode) {
-  for (LONG row = firstRow; row < endRow; ++row) {
-    GradientRow(WorkImage() + std::ptrdiff_t{row} * workStride_, workStride_, width_,
-                PhaseAt(PhaseOfMode(bayerMode), row, 0), writer_.NextRow());
+void CFilterBayer::DemosaicBand(const SampleFrame& frame, LONG firstRow, LONG endRow, LONG bayerMode) {
+  std::uint8_t* image = ImageOrigin();
+  const auto rowBytes = static_cast<std::size_t>(width_);
+  for (LONG row = firstRow - kMarginRows; row < endRow + kMarginRows; ++row) {
+    std::uint8_t* to = image + std::ptrdiff_t{row - firstRow} * workStride_;
+    const LONG from = RowBehind(row, width_, height_);
+    const bool exists = from >= 0 && from < height_ && frame.bytes >= rowBytes &&
+                        std::size_t(from) * std::size_t(frame.pitch) <= frame.bytes - rowBytes;
+    if (exists) {
+      std::memcpy(to, frame.Row(from), rowBytes);
+    } else {
+      std::memset(to, 0, rowBytes);
+    }
+    FillSides(to, width_, height_);
+  }
+  DemosaicRows(endRow - firstRow, PhaseAt(PhaseOfMode(bayerMode), firstRow, 0));
+}
+
+void CFilterBayer::DemosaicRows(LONG rows, BayerPhase phase) {
+  for (LONG row = 0; row < rows; ++row) {
+    GradientRow(WorkImage() + std::ptrdiff_t{row} * workStride_, workStride_, width_, PhaseAt(phase, row, 0),
+                writer_.NextRow());
     writer_.FinishRow();
   }
 }

@@ -9,10 +9,20 @@
 #include "imaging/ColorMatrix.h"
 #include "imaging/PictureWriter.h"
 #include "imaging/ScratchBuffer.h"
+#include "imaging/kernels/BayerTaps.h"
 #include "imaging/kernels/Tones.h"
 #include "platform/ComponentTypes.h"
 
 namespace zel {
+
+/// A camera's frame of one-byte samples; pitch and size in bytes.
+struct SampleFrame {
+  const std::uint8_t* samples = nullptr;
+  LONG pitch = 0;
+  std::size_t bytes = 0;
+
+  const std::uint8_t* Row(LONG row) const { return samples + std::ptrdiff_t{row} * pitch; }
+};
 
 /// Turns an 8-bit mosaic into pixels by way of a padded copy of it, the work frame, and keeps what that
 /// needs: gamma tables, gains, colour matrix and white balance.
@@ -34,10 +44,6 @@ class CFilterBayer {
   /// it by two samples on each side in the mosaic's own phase. Rows not wholly inside `frameBytes` are left
   /// out.
   void PrepareFrame(const unsigned char* frame, LONG pitch, std::size_t frameBytes = SIZE_MAX);
-  /// The same for some of the rows, from top to bottom in bands of at least eight.
-  void PrepareRows(const unsigned char* frame, LONG pitch, std::size_t frameBytes, LONG firstRow,
-                   LONG endRow);
-
   /// Builds the table of an exponent in hundredths if it is not there yet; above 200 counts as 120.
   void SetGammaTable(LONG gamma);
   /// The same, and uses it from now on; 0 and below: no gamma.
@@ -56,11 +62,13 @@ class CFilterBayer {
                        const PlaneGains& gains);
   void DemosaicMono24(const unsigned char* frame, unsigned char* out, LONG width, LONG bayerMode);
 
-  /// The same in steps: `Writer().Begin`, for which `Tones` says what the table-driven kernels do to a
-  /// colour, then rows from top to bottom, of which the two below must be prepared.
+  /// The same in bands, which never leave the cache: `Writer().Begin`, for which `Tones` says what the
+  /// table-driven kernels do to a colour, then bands of at most `kMaxBand` rows from top to bottom. Each is
+  /// taken from the frame itself by way of the work frame's first rows; missing rows are black.
+  static constexpr LONG kMaxBand = 16;
   PictureWriter& Writer() { return writer_; }
   PixelTones Tones() const;
-  void DemosaicRows(LONG firstRow, LONG endRow, LONG bayerMode);
+  void DemosaicBand(const SampleFrame& frame, LONG firstRow, LONG endRow, LONG bayerMode);
 
   /// Automatic gains from the work frame; `gains` keeps what the frame says nothing about.
   void ComputeGains(LONG modeIndex, LONG bayerMode, ColorGains& gains);
@@ -80,6 +88,7 @@ class CFilterBayer {
 
   void Demosaic(const unsigned char* frame, const PictureTarget& target, const PixelTones& tones,
                 LONG bayerMode);
+  void DemosaicRows(LONG rows, BayerPhase phase);
   std::uint8_t* ImageOrigin() const;
 
   LONG width_ = 0, height_ = 0;

@@ -4,6 +4,8 @@
 
 #include "imaging/ImageFile.h"
 #include "imaging/kernels/DotFilter.h"
+#include "imaging/kernels/MosaicSums.h"
+#include "imaging/kernels/PaddedFrame.h"
 #include "imaging/kernels/Samples.h"
 #include "imaging/kernels/WhitePixels.h"
 
@@ -12,7 +14,7 @@ namespace {
 
 // Rows that go through all steps together: with samples, work frame and pixels they stay in the second-level
 // cache.
-constexpr LONG kBandRows = 16;
+constexpr LONG kBandRows = CFilterBayer::kMaxBand;
 
 }  // namespace
 
@@ -76,13 +78,14 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
       RowsInside(frameBytes, std::size_t(format.sourceWidth), std::size_t(layout_.width), height);
   const bool dots =
       tones.dotFilterEnabled != 0 && tones.dotFilterThreshold >= 1 && tones.dotFilterThreshold <= 255;
-  const bool automatic = tones.autoWhiteBalance >= 1 && tones.autoWhiteBalance <= 3;
+  const bool greyWorld = tones.autoWhiteBalance == 1;
+  const bool statistics = tones.autoWhiteBalance == 2 || tones.autoWhiteBalance == 3;
   // These look at the whole frame before the first pixel can be made.
-  const bool wholeFrame = automatic || format.whitePixelCanceling;
+  const bool wholeFrame = greyWorld || statistics || format.whitePixelCanceling;
+  const SampleFrame samples{frame, format.sourceWidth, frameBytes};
 
-  const bool direct = format.bayerDecodingMethod != 0, usesWorkFrame = !direct || automatic;
-
-  if (!wholeFrame) BeginPicture(frame, rows, settings);
+  if (!wholeFrame) BeginPicture(samples, rows, settings);
+  MosaicSums sums;
   for (LONG unpacked = 0, prepared = 0; prepared < height;) {
     const LONG band = unpacked;
     unpacked = std::min(unpacked + kBandRows, height);
@@ -93,26 +96,46 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
       DotFilter(frame, format.sourceWidth, std::min(layout_.width, format.sourceWidth), rows, prepared, clean,
                 tones.dotFilterThreshold);
     }
-    if (usesWorkFrame) filter_.PrepareRows(frame, format.sourceWidth, frameBytes, prepared, clean);
+    if (greyWorld) AddRows(samples, prepared, std::min(clean, rows), sums);
     prepared = clean;
-    if (!wholeFrame) WriteRows(prepared < height ? prepared - 2 : height, settings);
+    if (!wholeFrame) WriteRows(samples, prepared < height ? prepared - 2 : height, settings);
   }
   if (!wholeFrame) return;
 
-  if (automatic) {
-    filter_.ComputeGains(tones.autoWhiteBalance - 1, format.bayerMode, tones.gains);
+  if (greyWorld || statistics) {
+    LONG r = tones.gains.r, g = tones.gains.g, b = tones.gains.b;
+    if (greyWorld) {
+      CWhiteBalance::GreyWorldGains(sums, format.bayerMode, layout_.width, height, &r, &g, &b);
+      tones.gains = {r, g, b};
+    } else {
+      filter_.PrepareFrame(frame, format.sourceWidth, frameBytes);
+      filter_.ComputeGains(tones.autoWhiteBalance - 1, format.bayerMode, tones.gains);
+    }
     StoreGains(tones.gains);
   }
   if (format.whitePixelCanceling) {
     CancelWhitePixels(frame, frameBytes, format.fullWidth, height, tones.whitePixelThreshold,
                       format.bayerMode, tones.gains);
-    if (!direct) filter_.PrepareFrame(frame, format.sourceWidth, frameBytes);
   }
-  BeginPicture(frame, rows, settings);
-  WriteRows(height, settings);
+  BeginPicture(samples, rows, settings);
+  WriteRows(samples, height, settings);
 }
 
-void COrvaneImageImpl32::BeginPicture(const std::uint8_t* frame, LONG rows, const FrameSettings& settings) {
+void COrvaneImageImpl32::AddRows(const SampleFrame& frame, LONG firstRow, LONG endRow,
+                                 MosaicSums& sums) const {
+  const LONG width = layout_.width;
+  if (firstRow == 0) {
+    // Both in one: the second row is as far from the first as the rows that stand in for them are.
+    const LONG top = RowBehind(0, width, layout_.height), next = RowBehind(1, width, layout_.height);
+    if (top < endRow)
+      AddMosaic(frame.Row(top), std::ptrdiff_t{next - top} * frame.pitch, width, std::min<LONG>(endRow, 2),
+                sums);
+  }
+  const LONG first = std::max<LONG>(firstRow, 2);
+  if (first < endRow) AddMosaic(frame.Row(first), frame.pitch, width, endRow - first, sums);
+}
+
+void COrvaneImageImpl32::BeginPicture(const SampleFrame& frame, LONG rows, const FrameSettings& settings) {
   const FrameFormat& format = settings.format;
   const auto& [r, g, b] = settings.tones.gains;
   PictureTarget target{output_.Data(),  layout_.outputStride, layout_.width, layout_.height, 4,
@@ -124,16 +147,16 @@ void COrvaneImageImpl32::BeginPicture(const std::uint8_t* frame, LONG rows, cons
     return;
   }
   target.height = rows;
-  direct_.Begin({frame, format.sourceWidth, layout_.width, rows, PhaseOfMode(format.bayerMode)}, {r, g, b});
+  direct_.Begin({frame.samples, frame.pitch, layout_.width, rows, PhaseOfMode(format.bayerMode)}, {r, g, b});
   filter_.Writer().Begin(target, {}, settings.tones.sharpness);
 }
 
-void COrvaneImageImpl32::WriteRows(LONG endRow, const FrameSettings& settings) {
-  if (settings.format.bayerDecodingMethod == 0) {
-    filter_.DemosaicRows(written_, endRow, settings.format.bayerMode);
-    written_ = endRow;
-  } else {
-    direct_.WriteRows(endRow, filter_.Writer());
+void COrvaneImageImpl32::WriteRows(const SampleFrame& frame, LONG endRow, const FrameSettings& settings) {
+  if (settings.format.bayerDecodingMethod != 0) return direct_.WriteRows(endRow, filter_.Writer());
+  while (written_ < endRow) {
+    const LONG end = std::min(written_ + CFilterBayer::kMaxBand, endRow);
+    filter_.DemosaicBand(frame, written_, end, settings.format.bayerMode);
+    written_ = end;
   }
 }
 

@@ -30,8 +30,10 @@ class COrvaneImageImpl32 : public COrvaneImageImpl {
  private:
   bool SortTwoTaps(std::uint8_t* frame, const FrameSettings& settings);
   void Unpack(std::uint8_t* frame, const FrameSettings& settings, LONG firstRow, LONG endRow) const;
-  void BeginPicture(const std::uint8_t* frame, LONG rows, const FrameSettings& settings);
-  void WriteRows(LONG endRow, const FrameSettings& settings);
+  /// Sums rows for grey world as the kernels see them: the first two rows are those that stand in for them.
+  void AddRows(const SampleFrame& frame, LONG firstRow, LONG endRow, MosaicSums& sums) const;
+  void BeginPicture(const SampleFrame& frame, LONG rows, const FrameSettings& settings);
+  void WriteRows(const SampleFrame& frame, LONG endRow, const FrameSettings& settings);
   void DemosaicDirect(LONG x, LONG y, const MosaicFrame& frame, const ColorGains& gains, bool grey);
   /// Where a rectangle begins in the output; null when it does not lie inside.
   std::uint8_t* OutputAt(LONG x, LONG y, LONG width, LONG height) const;

@@ -8,7 +8,6 @@
 
 #include "imaging/kernels/BayerTaps.h"
 #include "imaging/kernels/ColorStatistics.h"
-#include "imaging/kernels/MosaicSums.h"
 
 namespace zel {
 
@@ -39,8 +38,7 @@ void Balance(const Rgb& mean, LONG* r, LONG* g, LONG* b) {
 }
 
 // Mean of each colour over a whole mosaic; 0 for a colour that has no samples.
-Rgb MeanColor(const std::uint8_t* frame, std::ptrdiff_t stride, LONG width, LONG height, LONG bayerMode) {
-  const MosaicSums sums = SumMosaic(frame, stride, width, height);
+Rgb MeanColor(const MosaicSums& sums, LONG width, LONG height, LONG bayerMode) {
   Rgb total, count;
   for (int row = 0; row < 2; ++row) {
     for (int column = 0; column < 2; ++column) {
@@ -124,7 +122,7 @@ void CWhiteBalance::ComputeGains(LONG modeIndex, const unsigned char* workImage,
                                  LONG bayerMode, LONG width, LONG height, LONG* r, LONG* g, LONG* b) {
   const bool hasCells = width >= 2 && height >= 2 && width == width_ && height == height_;
   if (modeIndex == 0 || !hasCells) {
-    Balance(MeanColor(workImage, workStride, width, height, bayerMode), r, g, b);
+    GreyWorldGains(SumMosaic(workImage, workStride, width, height), bayerMode, width, height, r, g, b);
     return;
   }
 
@@ -162,9 +160,15 @@ void CWhiteBalance::ComputeGains(LONG modeIndex, const unsigned char* workImage,
   Balance({encoded(sums.light[0]), encoded(sums.light[1]), encoded(sums.light[2])}, r, g, b);
 }
 
+void CWhiteBalance::GreyWorldGains(const MosaicSums& sums, LONG bayerMode, LONG width, LONG height, LONG* r,
+                                   LONG* g, LONG* b) {
+  Balance(MeanColor(sums, width, height, bayerMode), r, g, b);
+}
+
 void GreyWorldGains24(const unsigned char* frame, LONG sourceWidth, LONG height, LONG bayerMode, LONG* r,
                       LONG* g, LONG* b) {
-  Balance(MeanColor(frame, sourceWidth, sourceWidth, height, bayerMode), r, g, b);
+  CWhiteBalance::GreyWorldGains(SumMosaic(frame, sourceWidth, sourceWidth, height), bayerMode, sourceWidth,
+                                height, r, g, b);
 }
 
 void WhitePointGains24(const unsigned char* frame, LONG sourceWidth, LONG width, LONG height, LONG bayerMode,

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "imaging/kernels/MosaicSums.h"
 #include "platform/ComponentTypes.h"
 
 namespace zel {
@@ -23,6 +24,10 @@ class CWhiteBalance {
   /// is in bytes.
   void ComputeGains(LONG modeIndex, const unsigned char* workImage, LONG workStride, LONG bayerMode,
                     LONG width, LONG height, LONG* r, LONG* g, LONG* b);
+
+  /// Grey world from the sums over a whole mosaic of this size.
+  static void GreyWorldGains(const MosaicSums& sums, LONG bayerMode, LONG width, LONG height, LONG* r,
+                             LONG* g, LONG* b);
 
  private:
   LONG width_ = 0;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <memory>
 #include <numeric>
@@ -11,6 +12,7 @@
 #include "imaging/COrvaneImageImpl32.h"
 #include "imaging/kernels/Samples.h"
 #include "imaging/reference/DemosaicReference.h"
+#include "imaging/reference/FilterReference.h"
 
 namespace zel {
 namespace {
@@ -179,7 +181,7 @@ TEST(ImageObject, UniformFrames) {
 
 // Which of the kernels a frame goes through, and with what, by the settings.
 TEST(ImageObject, ConversionsAsReference) {
-  const int width = 19, height = 12, pitch = 22;
+  const int width = 19, height = 44, pitch = 22;  // several bands
   for (int mode = 0; mode < 4; ++mode) {
     const Bytes frame = RandomBytes(std::size_t{pitch} * height, unsigned(mode));
     Bytes sorted = frame, scratch(std::size_t{pitch});
@@ -224,6 +226,56 @@ TEST(ImageObject, ConversionsAsReference) {
       Convert(*image, frame);
       ASSERT_TRUE(SamePicture(image->GetBuffer(), row.output - 1, row.expected, width, height, mode));
     }
+  }
+}
+
+// Everything at once, over several bands.
+TEST(ImageObject, WholeChainAsReference) {
+  for (unsigned seed = 0; seed < 48; ++seed) {
+    const int mode = static_cast<int>(seed % 4), width = 8 + static_cast<int>(seed * 7 % 60),
+              height = 9 + static_cast<int>(seed * 5 % 60), pitch = width + static_cast<int>(seed % 3);
+    SCOPED_TRACE(testing::Message() << width << " x " << height << ", mode " << mode);
+    const auto image = NewImage(5, width, height);
+    image->SetSourceWidth(pitch);
+    image->Set8BitTransfer(0);
+    image->SetBayerMode(mode);
+    image->SetAutoWhiteBalance(static_cast<LONG>(seed / 4 % 3));
+    image->SetContrast(seed % 5 == 0 ? 9 : 0);
+    image->SetDotFilterEnabled(seed % 2);
+    image->SetDotFilterThreshold(90);
+    image->SetSaturation(3);
+    image->SetGamma(70);
+    image->SetSharpness(seed % 3 == 0 ? 0 : 7);
+
+    Bytes frame = RandomBytes(2 * std::size_t(pitch * height), seed), packed;
+    for (std::size_t i = 0; i < frame.size(); i += 2) {
+      packed.push_back(static_cast<std::uint8_t>(frame[i] / 4 + frame[i + 1] % 4 * 64));
+      if (seed % 5 == 0) {
+        const int v = packed.back();
+        packed.back() = v < 9 ? 0 : v > 246 ? 255 : reference::Byte((v - 9) * 256 / 238.0);
+      }
+    }
+    if (seed % 2) reference::DotFilter(packed, pitch, width, height, 90);
+    CFilterBayer filter;
+    ASSERT_TRUE(filter.Allocate(width, height));
+    filter.PrepareFrame(packed.data(), pitch);
+    ColorGains gains;
+    if (const int balance = static_cast<int>(seed / 4 % 3)) filter.ComputeGains(balance - 1, mode, gains);
+    filter.Matrix().SetSaturation(3);
+    const FixedColorMatrix matrix = filter.Matrix().Product();
+    Bytes gamma(256);
+    for (int i = 0; i < 256; ++i) gamma[std::size_t(i)] = reference::Byte(255 * std::pow(i / 255.0, 0.7));
+    reference::Padded padded(packed, pitch, width, height);
+    const Bytes colors =
+        reference::Gradient(padded, width, height, mode, {gains.r / 128.0, gains.g / 128.0, gains.b / 128.0},
+                            &matrix, gamma.data());
+
+    Convert(*image, frame);
+    EXPECT_EQ(image->GetColorGainR(), gains.r);
+    EXPECT_EQ(image->GetColorGainB(), gains.b);
+    ASSERT_TRUE(SamePicture(image->GetBuffer(), 4,
+                            reference::Sharpen(colors, width, height, seed % 3 == 0 ? 0 : 7), width, height,
+                            mode));
   }
 }
 

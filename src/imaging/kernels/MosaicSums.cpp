@@ -38,12 +38,10 @@ namespace zel {
 
 HWY_EXPORT(AddMosaicRow);
 
-MosaicSums SumMosaic(const std::uint8_t* frame, std::ptrdiff_t stride, int width, int height) {
-  MosaicSums sums;
+void AddMosaic(const std::uint8_t* frame, std::ptrdiff_t stride, int width, int height, MosaicSums& sums) {
   for (int row = 0; row < height; ++row) {
     HWY_DYNAMIC_DISPATCH(AddMosaicRow)(frame + row * stride, width, sums.at[row & 1]);
   }
-  return sums;
 }
 
 }  // namespace zel

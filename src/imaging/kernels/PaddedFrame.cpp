@@ -3,31 +3,35 @@
 #include <cstring>
 
 namespace zel {
+namespace {
 
-void FillMargins(std::uint8_t* image, std::ptrdiff_t stride, int width, int height, int firstRow,
-                 int endRow) {
-  if (width < 8 || height < 8) return;
-  const auto copyRow = [&](int to, int from) {
-    std::memcpy(image + to * stride, image + from * stride, static_cast<std::size_t>(width));
-  };
-  if (firstRow <= 4 && endRow > 4) {
-    for (int row = -2; row < 2; row += 2) {
-      copyRow(row, 4);
-      copyRow(row + 1, 3);
-    }
-    firstRow = -2;
-  }
-  if (endRow == height) {
-    copyRow(height, height - 4);
-    copyRow(height + 1, height - 3);
-    endRow += 2;
-  }
-  for (int row = firstRow; row < endRow; ++row) {
-    std::uint8_t* p = image + row * stride;
-    p[-1] = p[1];
-    p[-2] = p[2];
-    p[width] = p[width - 2];
-    p[width + 1] = p[width - 3];
+bool IsContinued(int width, int height) {
+  return width >= 8 && height >= 8;
+}
+
+}  // namespace
+
+int RowBehind(int row, int width, int height) {
+  if (!IsContinued(width, height)) return row;
+  if (row < 2) return row % 2 == 0 ? 4 : 3;
+  return row < height ? row : row == height ? height - 4 : height - 3;
+}
+
+void FillSides(std::uint8_t* samples, int width, int height) {
+  if (!IsContinued(width, height)) return;
+  samples[-1] = samples[1];
+  samples[-2] = samples[2];
+  samples[width] = samples[width - 2];
+  samples[width + 1] = samples[width - 3];
+}
+
+void FillMargins(std::uint8_t* image, std::ptrdiff_t stride, int width, int height) {
+  if (!IsContinued(width, height)) return;
+  for (int row = -2; row < height + 2; ++row) {
+    std::uint8_t* samples = image + row * stride;
+    const int from = RowBehind(row, width, height);
+    if (from != row) std::memcpy(samples, image + from * stride, static_cast<std::size_t>(width));
+    FillSides(samples, width, height);
   }
 }
 
