@@ -148,13 +148,18 @@ TEST_P(Samples, LuminanceRoundsEachPixel) {
   }
 }
 
-TEST(Complementary, AsReferenceAndInsideTheFrame) {
-  for (int size = 1; size <= 63; ++size) {
-    const int width = 1 + size % 9, height = 1 + size / 9, pitch = width + height % 2;
-    const Bytes frame = RandomBytes(static_cast<std::size_t>(pitch * height), unsigned(size));
-    Bytes out(static_cast<std::size_t>(width * height * 4), 7), expected = out;
-    DecodeComplementary(frame.data(), frame.size(), std::size_t(pitch), width, 0, height - 1, 4, out.data(),
-                        width * 4);
+TEST_P(Samples, ComplementaryAsReferenceAndInsideTheFrame) {
+  for (int size = 1; size <= 90; ++size) {
+    const int width = size <= 63 ? 1 + size % 9 : 2 * size + size % 3, height = 1 + size / 9;
+    const int pitch = width + height % 2, pixelBytes = 3 + size % 2;
+    Bytes frame = RandomBytes(static_cast<std::size_t>(pitch * height), unsigned(size));
+    if (size % 5 == 0) {  // extremes only
+      for (std::uint8_t& sample : frame) sample = sample < 128 ? 0 : 255;
+    }
+    Bytes expected(static_cast<std::size_t>(width * height * pixelBytes), 7);
+    GuardedBytes guarded(frame), out(expected);
+    DecodeComplementary(guarded.data(), frame.size(), std::size_t(pitch), width, 0, height - 1, pixelBytes,
+                        out.data(), width * pixelBytes);
     for (int row = 0; row + 1 < height; ++row) {
       for (int column = 1; column < width; ++column) {
         if ((row + 1) * pitch + column + 1 >= pitch * height) continue;
@@ -165,13 +170,13 @@ TEST(Complementary, AsReferenceAndInsideTheFrame) {
         }
         const auto [a, b, c, d] = names;
         const int y = (a + b + c + d) / 4, u = std::max(0, d + b - c - a), v = std::max(0, d + a - c - b);
-        std::uint8_t* p = &expected[static_cast<std::size_t>((row * width + column) * 4)];
+        std::uint8_t* p = &expected[static_cast<std::size_t>((row * width + column) * pixelBytes)];
         p[0] = Byte((1000 * y + 2032 * u) / 1000.0);
         p[1] = Byte((1000 * y - 395 * u - 581 * v) / 1000.0);
         p[2] = Byte((100 * y + 114 * v) / 100.0);
       }
     }
-    ASSERT_EQ(out, expected) << width << " x " << height;
+    ASSERT_EQ(out.Copy(), expected) << width << " x " << height;
   }
 }
 
