@@ -1,4 +1,7 @@
-"""Prints the medians of a benchmark run as a table: each work beside its peer, their ratio and the goal for it."""
+"""Prints the medians of benchmark runs as tables: table.py IMAGING.json CAPTURE.json
+
+Imaging: each work beside its peer, their ratio and the goal for it. Capture: what a frame costs, family by family.
+"""
 
 import json
 import statistics
@@ -41,8 +44,8 @@ def medians(path):
     return {name: statistics.median(values) for name, values in times.items()}
 
 
-def main():
-    times = medians(sys.argv[1])
+def imaging(path):
+    times = medians(path)
     print("| work | ms | beside | ms | ratio | at most |")
     print("|---|---|---|---|---|---|")
     for work, peer, goal in ROWS:
@@ -56,4 +59,30 @@ def main():
         print(f"| {work} | {ours:.2f} | {peer} | {theirs:.2f} | {ratio:.2f} | {verdict} |")
 
 
-main()
+def capture(path):
+    with open(path, encoding="utf-8") as file:
+        runs = json.load(file)["benchmarks"]
+    cameras = {}
+    play = None
+    for run in runs:
+        if run["name"].startswith("play/"):
+            play = run
+            continue
+        kind, camera = run["name"].removesuffix("/real_time").split("/")[:2]
+        cameras.setdefault(camera, {})[kind] = run
+    print("| camera | frames/s | frame, ms | of it the simulated camera, ms | memcpy of a frame, ms | library's own, us | "
+          "allocations | arrival to callback, us |")
+    print("|---|---|---|---|---|---|---|---|")
+    for camera, run in cameras.items():
+        frames = run["frames"]
+        print(f"| {camera} | {frames['fps']:.1f} | {frames['real_time']:.2f} | {frames['camera_ms']:.2f} | "
+              f"{run['memcpy']['real_time']:.3f} | {run['overhead']['own_us']:.1f} | "
+              f"{run['overhead']['allocations']:.0f} | {run['latency']['median_us']:.1f} |")
+    print()
+    print(f"Play of a 2560 x 1920 camera: {play['own_us'] / 1000:.2f} ms until the workers run, "
+          f"{play['megabytes']:.1f} MB while it plays")
+
+
+imaging(sys.argv[1])
+print()
+capture(sys.argv[2])
