@@ -21,8 +21,8 @@ quietly() {
   "$@" >"$log" 2>&1 || { tail -n 60 "$log" >&2; die "'$*' failed; all of its output: $log"; }
 }
 
-# install PACKAGE...: those that are missing. True when there were any.
-install() {
+# install_packages PACKAGE...: those that are missing. True when there were any.
+install_packages() {
   local package missing=""
   for package in "$@"; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"

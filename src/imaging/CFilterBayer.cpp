@@ -32,8 +32,9 @@ bool CFilterBayer::Allocate(LONG width, LONG height) {
   const std::size_t bytes =
       std::size_t(stride) * (std::size_t(std::max(height, kMaxBand)) + 2 * kMarginRows) + kRowSlack;
   if (!work_.Reserve(bytes) || !writer_.Allocate(width)) return false;
-  // Margins that are never filled (small frames) read as black.
-  std::memset(work_.Data(), 0, bytes);
+  // Margins that are never filled read as black. Larger frames fill what they read, and memory that is not
+  // touched here costs nothing when a camera starts.
+  if (!IsContinued(width, height)) std::memset(work_.Data(), 0, bytes);
   width_ = width;
   height_ = height;
   workStride_ = stride;
@@ -49,12 +50,9 @@ std::uint8_t* CFilterBayer::ImageOrigin() const {
 void CFilterBayer::PrepareFrame(const unsigned char* frame, LONG pitch, std::size_t frameBytes) {
   std::uint8_t* image = ImageOrigin();
   if (!image || !frame || pitch < 0) return;
-  const auto rowBytes = static_cast<std::size_t>(width_);
-  const std::size_t sourcePitch = pitch == 0 ? rowBytes : static_cast<std::size_t>(pitch);
+  const LONG sourcePitch = pitch == 0 ? width_ : pitch;
   for (LONG row = 0; row < height_; ++row) {
-    const std::size_t offset = std::size_t(row) * sourcePitch;
-    if (frameBytes < rowBytes || offset > frameBytes - rowBytes) break;
-    std::memcpy(image + std::ptrdiff_t{row} * workStride_, frame + offset, rowBytes);
+    CopyRow({frame, sourcePitch, frameBytes}, row, image + std::ptrdiff_t{row} * workStride_);
   }
   FillMargins(image, workStride_, width_, height_);
 }
@@ -124,19 +122,22 @@ void CFilterBayer::Demosaic(const unsigned char* frame, const PictureTarget& tar
   DemosaicRows(height_, PhaseOfMode(bayerMode));
 }
 
+void CFilterBayer::CopyRow(const SampleFrame& frame, LONG row, std::uint8_t* to) const {
+  const auto rowBytes = static_cast<std::size_t>(width_);
+  const bool exists = row >= 0 && row < height_ && frame.bytes >= rowBytes &&
+                      std::size_t(row) * std::size_t(frame.pitch) <= frame.bytes - rowBytes;
+  if (exists) {
+    std::memcpy(to, frame.Row(row), rowBytes);
+  } else {
+    std::memset(to, 0, rowBytes);
+  }
+}
+
 void CFilterBayer::DemosaicBand(const SampleFrame& frame, LONG firstRow, LONG endRow, LONG bayerMode) {
   std::uint8_t* image = ImageOrigin();
-  const auto rowBytes = static_cast<std::size_t>(width_);
   for (LONG row = firstRow - kMarginRows; row < endRow + kMarginRows; ++row) {
     std::uint8_t* to = image + std::ptrdiff_t{row - firstRow} * workStride_;
-    const LONG from = RowBehind(row, width_, height_);
-    const bool exists = from >= 0 && from < height_ && frame.bytes >= rowBytes &&
-                        std::size_t(from) * std::size_t(frame.pitch) <= frame.bytes - rowBytes;
-    if (exists) {
-      std::memcpy(to, frame.Row(from), rowBytes);
-    } else {
-      std::memset(to, 0, rowBytes);
-    }
+    CopyRow(frame, RowBehind(row, width_, height_), to);
     FillSides(to, width_, height_);
   }
   DemosaicRows(endRow - firstRow, PhaseAt(PhaseOfMode(bayerMode), firstRow, 0));

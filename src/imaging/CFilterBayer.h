@@ -41,8 +41,8 @@ class CFilterBayer {
   bool Allocate(LONG width, LONG height);
 
   /// Copies a frame (row pitch in bytes, 0 for the width) into the work frame and, from 8 x 8 on, continues
-  /// it by two samples on each side in the mosaic's own phase. Rows not wholly inside `frameBytes` are left
-  /// out.
+  /// it by two samples on each side in the mosaic's own phase. Rows not wholly inside `frameBytes` are
+  /// black.
   void PrepareFrame(const unsigned char* frame, LONG pitch, std::size_t frameBytes = SIZE_MAX);
   /// Builds the table of an exponent in hundredths if it is not there yet; above 200 counts as 120.
   void SetGammaTable(LONG gamma);
@@ -88,6 +88,8 @@ class CFilterBayer {
 
   void Demosaic(const unsigned char* frame, const PictureTarget& target, const PixelTones& tones,
                 LONG bayerMode);
+  /// Into a work row; rows not wholly inside the frame are black.
+  void CopyRow(const SampleFrame& frame, LONG row, std::uint8_t* to) const;
   void DemosaicRows(LONG rows, BayerPhase phase);
   std::uint8_t* ImageOrigin() const;
 

@@ -3,13 +3,10 @@
 #include <cstring>
 
 namespace zel {
-namespace {
 
 bool IsContinued(int width, int height) {
   return width >= 8 && height >= 8;
 }
-
-}  // namespace
 
 int RowBehind(int row, int width, int height) {
   if (!IsContinued(width, height)) return row;

@@ -8,6 +8,8 @@ namespace zel {
 /// A mosaic is continued two samples beyond each edge in its own phase, and its first two rows, which sensors
 /// deliver unreliably, are replaced by rows 4 and 3. Mosaics below 8 x 8 stay as they are.
 
+bool IsContinued(int width, int height);
+
 /// The image row whose samples stand in `row`, -2..height+1; outside the image where nothing does.
 int RowBehind(int row, int width, int height);
 
