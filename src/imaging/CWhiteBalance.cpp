@@ -8,6 +8,7 @@
 
 #include "imaging/kernels/BayerTaps.h"
 #include "imaging/kernels/ColorStatistics.h"
+#include "imaging/kernels/DirectDemosaic.h"
 
 namespace zel {
 
@@ -176,27 +177,20 @@ void WhitePointGains24(const unsigned char* frame, LONG sourceWidth, LONG width,
   *r = 128;
   *g = 100;
   *b = 128;
-  constexpr double kNearlyWhite = 200.5;
-  double sumY = 0, sumCb = 0, sumCr = 0, count = 0;
-  const BayerPhase origin = PhaseOfMode(bayerMode);
+  WhiteSums white;
   for (LONG row = 2; row < height - 2; ++row) {
-    const unsigned char* line = frame + static_cast<std::ptrdiff_t>(row) * sourceWidth;
-    for (LONG column = 2; column < width - 2; ++column) {
-      const BayerPhase phase = PhaseAt(origin, row, column);
-      const BayerSample sample = DirectColorAt(line + column, sourceWidth, phase.row, phase.column);
-      const int red = sample.red >> 4, green = sample.green, blue = sample.blue >> 4;
-      const double y = 0.299 * red + 0.587 * green + 0.114 * blue;
-      const double cb = -0.1687 * red - 0.3313 * green + 0.5 * blue;
-      const double cr = 0.5 * red - 0.4187 * green - 0.0813 * blue;
-      if (y - std::abs(cb) - std::abs(cr) <= kNearlyWhite) continue;
-      sumY += y;
-      sumCb += cb;
-      sumCr += cr;
-      count += 1;
-    }
+    const unsigned char* here = frame + static_cast<std::ptrdiff_t>(row) * sourceWidth;
+    AddNearlyWhite({here - 2 * std::ptrdiff_t{sourceWidth}, here - sourceWidth, here, here + sourceWidth},
+                   width, PhaseAt(PhaseOfMode(bayerMode), row, 0), white);
   }
-  if (count == 0) return;
-  const double y = sumY / count, cb = sumCb / count, cr = sumCr / count;
+  if (white.count == 0) return;
+  const auto mean = [&](std::uint64_t sum) {
+    return static_cast<double>(sum) / static_cast<double>(white.count);
+  };
+  const double red = mean(white.red), green = mean(white.green), blue = mean(white.blue);
+  const double y = 0.299 * red + 0.587 * green + 0.114 * blue;
+  const double cb = -0.1687 * red - 0.3313 * green + 0.5 * blue;
+  const double cr = 0.5 * red - 0.4187 * green - 0.0813 * blue;
 
   // Red and blue factors for which the mean colour has Cb = Cr = 0: two linear equations.
   const double cbOfRed = -0.1687 * y - 0.2365 * cr;
@@ -206,12 +200,12 @@ void WhitePointGains24(const unsigned char* frame, LONG sourceWidth, LONG width,
   const double cbOfGreen = 0.3313 * y - 0.114 * cb - 0.2366 * cr;
   const double crOfGreen = 0.4187 * y - 0.1441 * cb - 0.299 * cr;
   const double determinant = cbOfRed * crOfBlue - cbOfBlue * crOfRed;
-  const auto red = RoundedGain(kUnityGain * (crOfBlue * cbOfGreen - cbOfBlue * crOfGreen) / determinant);
-  const auto blue = RoundedGain(kUnityGain * (crOfRed * cbOfGreen - cbOfRed * crOfGreen) / -determinant);
-  if (!red || !blue) return;
-  *r = *red;
+  const auto redGain = RoundedGain(kUnityGain * (crOfBlue * cbOfGreen - cbOfBlue * crOfGreen) / determinant);
+  const auto blueGain = RoundedGain(kUnityGain * (crOfRed * cbOfGreen - cbOfRed * crOfGreen) / -determinant);
+  if (!redGain || !blueGain) return;
+  *r = *redGain;
   *g = static_cast<LONG>(kUnityGain);
-  *b = *blue;
+  *b = *blueGain;
 }
 
 }  // namespace zel

@@ -9,7 +9,8 @@
 #include "imaging/CWhiteBalance.h"
 #include "imaging/ColorTemperature.h"
 #include "imaging/EachTarget.h"
-#include "imaging/kernels/PlaneRow.h"
+#include "imaging/GuardedBytes.h"
+#include "imaging/kernels/DirectDemosaic.h"
 
 namespace zel {
 namespace {
@@ -135,6 +136,37 @@ TEST_P(WhiteBalance, WhitePointOfThe24BitClass) {
       Gains g = kBefore;
       WhitePointGains24(Mosaic(11, 8, mode, c.color).Packed().data(), 11, 9, 8, mode, &g[0], &g[1], &g[2]);
       EXPECT_EQ(g, c.expected) << c.color.r << ", mode " << mode;
+    }
+  }
+}
+
+TEST_P(WhiteBalance, NearlyWhiteSumsAsTheirFormula) {
+  for (int width = 5; width < 220; width = width * 5 / 4 + 1) {
+    for (int mode = 0; mode < 4; ++mode) {
+      // Bright noise around the limit.
+      std::vector<std::uint8_t> frame(static_cast<std::size_t>(4 * width));
+      for (std::size_t i = 0; i < frame.size(); ++i)
+        frame[i] = static_cast<std::uint8_t>(205 + i * i * 31 % 50);
+      WhiteSums expected, sums;
+      const BayerPhase phase = PhaseOfMode(mode);
+      for (int x = 2; x < width - 2; ++x) {
+        const BayerSample s = DirectColorAt(&frame[static_cast<std::size_t>(2 * width + x)], width, phase.row,
+                                            PhaseAt(phase, 0, x).column);
+        const double r = s.red / 16, g = s.green, b = s.blue / 16;
+        const double cb = -0.1687 * r - 0.3313 * g + 0.5 * b, cr = 0.5 * r - 0.4187 * g - 0.0813 * b;
+        if (0.299 * r + 0.587 * g + 0.114 * b - std::abs(cb) - std::abs(cr) <= 200.5) continue;
+        expected.red += static_cast<std::uint64_t>(r);
+        expected.green += static_cast<std::uint64_t>(g);
+        expected.blue += static_cast<std::uint64_t>(b);
+        ++expected.count;
+      }
+      GuardedBytes guarded(frame);
+      const std::uint8_t* row = guarded.data();
+      AddNearlyWhite({row, row + width, row + 2 * width, row + 3 * width}, width, phase, sums);
+      ASSERT_EQ(sums.count, expected.count) << width;
+      ASSERT_EQ(sums.red, expected.red) << width;
+      ASSERT_EQ(sums.green, expected.green) << width;
+      ASSERT_EQ(sums.blue, expected.blue) << width;
     }
   }
 }
