@@ -97,7 +97,8 @@ TEST_F(Lifetime, TenThousandRoundsLeaveNothing) {
               before.handles, before.bytes / 1024, kRounds, after.handles, after.bytes / 1024);
   ASSERT_GT(before.handles, 0);
   ASSERT_GT(before.bytes, 0u);
-  // The system's own threads come and go with a handle or two; a leak in every thousandth round would be seen.
+  // The system's own threads come and go with a handle or two; a leak in every thousandth round would be
+  // seen.
   EXPECT_LT(after.handles, before.handles + kRounds / 1000);
   // A leak of 14 bytes per round would be seen.
   EXPECT_LT(after.bytes, before.bytes + 128 * 1024);
