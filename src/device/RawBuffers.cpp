@@ -1,7 +1,6 @@
 #include "device/RawBuffers.h"
 
 #include <limits>
-#include <new>
 
 namespace zel {
 
@@ -12,7 +11,8 @@ bool RawBuffers::Allocate(std::int64_t bytes) {
   if (bytes <= 0 || bytes > std::numeric_limits<std::int32_t>::max()) return false;
   const auto size = static_cast<std::size_t>(bytes);
   for (auto& buffer : memory_) {
-    buffer.reset(new (std::nothrow) unsigned char[size]());
+    // Zero pages of the system: `Play` need not write them all first.
+    buffer.reset(static_cast<unsigned char*>(std::calloc(size, 1)));
     if (buffer != nullptr) continue;
     for (auto& other : memory_) other.reset();
     return false;

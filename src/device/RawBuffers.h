@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 
 #include "platform/CZELCritSec.h"
@@ -46,7 +47,11 @@ class RawBuffers {
   Slot* Find(State state);
   void Leave(State from, State to);
 
-  std::array<std::unique_ptr<unsigned char[]>, 3> memory_;
+  struct Free {
+    void operator()(unsigned char* memory) const { std::free(memory); }
+  };
+
+  std::array<std::unique_ptr<unsigned char[], Free>, 3> memory_;
   std::size_t bytes_ = 0;
   CZELCritSec& lock_;  ///< guards the following
   std::array<Slot, 2> slots_;
