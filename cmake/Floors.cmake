@@ -44,5 +44,5 @@ function(zel_test name)
   # A path from the test's own folder: under Wine "/..." is no absolute path.
   file(RELATIVE_PATH results ${CMAKE_CURRENT_BINARY_DIR} ${PROJECT_BINARY_DIR}/results)
   add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_output=json:${results}/${name}.json)
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  set_tests_properties(${name} PROPERTIES TIMEOUT 900)
 endfunction()
