@@ -86,20 +86,28 @@ class Lifetime : public Server {
 
 TEST_F(Lifetime, TenThousandRoundsLeaveNothing) {
   constexpr int kRounds = 10'000, kWarmUp = 500;
-  Use before;
-  for (int n = 0; n < kRounds && !HasFatalFailure(); ++n) {
-    if (n == kWarmUp) before = Used();
-    Round(n);
-    ASSERT_EQ(CanUnload(), S_OK) << "round " << n;
+  int round = 0;
+  const auto run = [&](int rounds) {
+    for (const int end = round + rounds; round < end && !HasFatalFailure(); ++round) {
+      Round(round);
+      ASSERT_EQ(CanUnload(), S_OK) << "round " << round;
+    }
+  };
+  run(kWarmUp);
+  Use before = Used();
+  run(kRounds - kWarmUp);
+  Use after = Used();
+  // Under load the system has been seen to open a handle of its own, once. What leaks does so again.
+  if (after.handles > before.handles) {
+    before = after;
+    run(kRounds - kWarmUp);
+    after = Used();
   }
-  const Use after = Used();
-  std::printf("after %d rounds: %d handles, %zu KiB; after %d: %d handles, %zu KiB\n", kWarmUp,
-              before.handles, before.bytes / 1024, kRounds, after.handles, after.bytes / 1024);
+  std::printf("%d rounds: from %d handles, %zu KiB to %d handles, %zu KiB\n", round, before.handles,
+              before.bytes / 1024, after.handles, after.bytes / 1024);
   ASSERT_GT(before.handles, 0);
   ASSERT_GT(before.bytes, 0u);
-  // The system's own threads come and go with a handle or two; a leak in every thousandth round would be
-  // seen.
-  EXPECT_LT(after.handles, before.handles + kRounds / 1000);
+  EXPECT_EQ(after.handles, before.handles);
   // A leak of 14 bytes per round would be seen.
   EXPECT_LT(after.bytes, before.bytes + 128 * 1024);
 }
