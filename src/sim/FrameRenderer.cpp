@@ -32,7 +32,7 @@ std::int16_t NormalNoise(std::uint64_t bits) {
 FrameRenderer::FrameRenderer(const SensorMap& map, std::shared_ptr<const Scene> scene, double noise)
     : map_(&map), scene_(std::move(scene)), noise_(noise) {}
 
-void FrameRenderer::SetBlur(double radius) {
+void FrameRenderer::SelectBlur(double radius) {
   if (radius == blur_) return;
   blur_ = radius;
   sensorLight_.clear();
@@ -131,6 +131,7 @@ std::size_t FrameRenderer::Render(const Frame& frame, int bytesPerSample, std::s
 
 std::size_t FrameRenderer::RenderUpright(const Frame& frame, int bytesPerSample, std::span<std::uint8_t> out,
                                          std::size_t pitch) {
+  SelectBlur(frame.blur);
   SelectWindow(frame.readout.window);
   SelectExposure(frame.readout.exposure, frame.readout.gain);
 

@@ -19,13 +19,11 @@ class FrameRenderer {
     Readout readout;
     std::uint32_t number = 0;  ///< what the frame code shows
     std::uint64_t noise = 0;   ///< which noise; the same number gives the same
+    double blur = 0;           ///< defocus in pixels
   };
 
   /// `noise` multiplies the sensor's own noise.
   FrameRenderer(const SensorMap& map, std::shared_ptr<const Scene> scene, double noise);
-
-  /// Defocus in pixels; shows from the next frame on.
-  void SetBlur(double radius);
 
   /// Writes the picture from its top row, rows without gaps or, with a pitch, that many bytes apart and zero
   /// between: per sample the highest 8 bits, or 2 bytes with the whole sample, little-endian. What does not
@@ -43,6 +41,7 @@ class FrameRenderer {
     std::uint16_t noise = 0;  ///< standard deviation
   };
 
+  void SelectBlur(double radius);
   void SelectWindow(const ReadoutWindow& window);
   void SelectExposure(double exposure, double gain);
   void ExposeRow(const std::uint16_t* light, std::uint64_t noiseSeed);

@@ -32,15 +32,7 @@ constexpr std::array<std::uint8_t, 4> kLanes{72, 73, 76, 77};
 constexpr std::uint8_t kLaneReset = 0x22;
 constexpr unsigned kAllLanes = 0xF;
 
-// The lens: where it stands when switched on, where the scene is sharpest, how far around that it stays
-// sharp, pixels of blur for every step beyond.
-constexpr std::uint8_t kFocusAtStart = 128;
-constexpr int kSharpFocus = 136, kFocusDepth = 8;
-constexpr double kBlurPerStep = 0.1;
-
-double BlurAt(std::uint8_t focus) {
-  return kBlurPerStep * std::max(std::abs(focus - kSharpFocus) - kFocusDepth, 0);
-}
+constexpr std::uint8_t kFocusAtStart = 128;  // where the lens stands when switched on
 
 std::string Hex(std::uint32_t value) {
   char text[16];
@@ -126,7 +118,7 @@ Fx3Wire::Fx3Wire(SimCameraAddress address, const SensorMap& map, std::shared_ptr
                  const SimConfiguration& configuration)
     : SimDevice(address, map, std::move(scene), configuration) {
   fpga_[kFocus] = kFocusAtStart;
-  Camera().SetBlur(BlurAt(kFocusAtStart));
+  Camera().MoveLens(kFocusAtStart);
 }
 
 std::u16string Fx3Wire::Path() const {
@@ -336,7 +328,7 @@ DriverResult Fx3Wire::StartFrame(const Setup& setup, std::span<std::uint8_t> dat
 DriverResult Fx3Wire::WriteFpga(std::uint8_t address, std::uint8_t value) {
   const std::uint8_t before = std::exchange(fpga_[address], value);
   if (address == kReset && before != 0 && value == 0) ResetFpga();
-  if (address == kFocus) Camera().SetBlur(BlurAt(value));
+  if (address == kFocus) Camera().MoveLens(value);
   if (address == kHeight || address == kHeight + 1 || address == kWidth || address == kWidth + 1)
     lanesReset_ = 0;
   const auto lane = std::ranges::find(kLanes, address);

@@ -77,6 +77,7 @@ class Cursor {
 };
 
 constexpr int kMaxCameraType = 98;
+constexpr std::uint32_t kMaxFocusPosition = 255;
 constexpr int kIndexToChoose = -1;
 
 struct IndexRange {
@@ -171,6 +172,49 @@ std::optional<SimFault> ReadFault(Cursor& cursor, std::string* error) {
   return fault;
 }
 
+std::optional<SimFocus> ReadFocus(Cursor& cursor, const std::vector<SimFocus>& before, std::string* error) {
+  const std::uint32_t lastFrame = before.empty() ? 0 : before.back().frame;
+  std::size_t position = cursor.Position();
+  const auto fail = [&](const std::string& what) {
+    *error = cursor.Error(position, what);
+    return std::nullopt;
+  };
+  SimFocus focus;
+  const auto place = cursor.Unsigned<std::uint32_t>();
+  if (!place || *place > kMaxFocusPosition)
+    return fail(cursor.Quoted(position) + " is not a focus position from 0 to " +
+                std::to_string(kMaxFocusPosition));
+  focus.position = static_cast<int>(*place);
+  if (cursor.Take('@')) {
+    position = cursor.Position();
+    const auto frame = cursor.Unsigned<std::uint32_t>();
+    if (!frame || *frame <= lastFrame)
+      return fail("a frame number from " + std::to_string(lastFrame + 1ull) + " on is missing");
+    focus.frame = *frame;
+  } else if (!before.empty()) {
+    position = cursor.Position();
+    return fail("\"@\" and a frame number are missing");
+  }
+  return focus;
+}
+
+/// Reads the items that commas separate; `read` takes the next one from the cursor.
+template <class Item, class Read>
+bool ReadList(Cursor cursor, std::vector<Item>* items, std::string* error, Read read) {
+  std::vector<Item> all;
+  do {
+    const auto item = read(cursor, all);
+    if (!item) return false;
+    all.push_back(*item);
+  } while (cursor.Take(','));
+  if (!cursor.AtEnd()) {
+    *error = cursor.Unexpected();
+    return false;
+  }
+  *items = std::move(all);
+  return true;
+}
+
 /// A number from 0 to `maximum` in a variable that holds nothing else.
 bool ReadNumber(const char* variable, const std::string& text, double maximum, double* value,
                 std::string* error) {
@@ -233,19 +277,13 @@ bool ParseSimCameras(std::string_view text, std::vector<SimCameraAddress>* camer
 }
 
 bool ParseSimFaults(std::string_view text, std::vector<SimFault>* faults, std::string* error) {
-  Cursor cursor("ZELCAM_SIM_FAULTS", text);
-  std::vector<SimFault> read;
-  do {
-    const auto fault = ReadFault(cursor, error);
-    if (!fault) return false;
-    read.push_back(*fault);
-  } while (cursor.Take(','));
-  if (!cursor.AtEnd()) {
-    *error = cursor.Unexpected();
-    return false;
-  }
-  *faults = std::move(read);
-  return true;
+  return ReadList(Cursor("ZELCAM_SIM_FAULTS", text), faults, error,
+                  [&](Cursor& cursor, const auto& /*before*/) { return ReadFault(cursor, error); });
+}
+
+bool ParseSimFocus(std::string_view text, std::vector<SimFocus>* focus, std::string* error) {
+  return ReadList(Cursor("ZELCAM_SIM_FOCUS", text), focus, error,
+                  [&](Cursor& cursor, const auto& before) { return ReadFocus(cursor, before, error); });
 }
 
 std::optional<SimConfiguration> SimConfigurationFrom(const VariableReader& variable, std::string* error) {
@@ -274,6 +312,9 @@ std::optional<SimConfiguration> SimConfigurationFrom(const VariableReader& varia
   if (!trigger.empty() &&
       !ReadNumber("ZELCAM_SIM_TRIGGER", trigger, 100000, &configuration.triggerRate, error))
     return {};
+
+  const std::string focus = text("ZELCAM_SIM_FOCUS");
+  if (!focus.empty() && !ParseSimFocus(focus, &configuration.focus, error)) return {};
   return configuration;
 }
 

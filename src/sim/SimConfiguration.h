@@ -34,12 +34,21 @@ struct SimFault {
   bool operator==(const SimFault&) const = default;
 };
 
+/// Where the lens of a camera with a focus drive shows the scene sharp, until the next such place.
+struct SimFocus {
+  int position = 136;       ///< of the drive, 0..255
+  std::uint32_t frame = 0;  ///< from the camera's n-th frame on, counted as for faults
+
+  bool operator==(const SimFocus&) const = default;
+};
+
 struct SimConfiguration {
   std::vector<SimCameraAddress> cameras;
   std::string scene;                      ///< UTF-8 path of a picture; empty: the test chart
   std::optional<double> framesPerSecond;  ///< nothing: the sensor's own rate; 0: as fast as it is read
   std::vector<SimFault> faults;           ///< every camera has them all
   double triggerRate = 10;                ///< Hz of the external trigger line; 0: no pulse ever comes
+  std::vector<SimFocus> focus;            ///< the scene's ways, by rising frames; empty: it keeps its place
   double noise = 1;                       ///< multiplies the sensor's noise; 0: none
   std::uint64_t seed = 1;                 ///< of the noise: the same seed gives the same frames
 };
@@ -55,9 +64,12 @@ bool ParseSimFaults(std::string_view text, std::vector<SimFault>* faults, std::s
 /// Value of an environment variable, or nothing.
 using VariableReader = std::function<std::optional<std::string>(const char* name)>;
 
-/// The configuration that the variables `ZELCAM_SIM`, `ZELCAM_SCENE`, `ZELCAM_SIM_FPS`, `ZELCAM_SIM_FAULTS`
-/// and `ZELCAM_SIM_TRIGGER` describe. Nothing with an empty `error` when `ZELCAM_SIM` is unset or empty,
-/// nothing with a sentence there when one of them can't be read.
+/// Reads "POSITION[@FRAME],...", as `ZELCAM_SIM_FOCUS` holds it: "60,200@100" moves the scene at frame 100.
+bool ParseSimFocus(std::string_view text, std::vector<SimFocus>* focus, std::string* error);
+
+/// The configuration that the variables `ZELCAM_SIM`, `ZELCAM_SCENE`, `ZELCAM_SIM_FPS`, `ZELCAM_SIM_FAULTS`,
+/// `ZELCAM_SIM_TRIGGER` and `ZELCAM_SIM_FOCUS` describe. Nothing with an empty `error` when `ZELCAM_SIM` is
+/// unset or empty, nothing with a sentence there when one of them can't be read.
 std::optional<SimConfiguration> SimConfigurationFrom(const VariableReader& variable, std::string* error);
 
 /// The same from this process's environment.

@@ -9,6 +9,8 @@ namespace {
 
 // A reader that is no later than this keeps the sensor's pace: a timer tick of the system is not its fault.
 constexpr std::chrono::milliseconds kPatience{20};
+constexpr int kFocusDepth = 8;                    // positions around the sharpest one that are as sharp
+constexpr double kBlurPerStep = 0.1;              // pixels for every position beyond
 constexpr std::size_t kMaxProtocolErrors = 1000;  // a host in a loop must not fill the memory
 
 std::chrono::steady_clock::duration Seconds(double seconds) {
@@ -25,6 +27,7 @@ VirtualCamera::VirtualCamera(const SensorMap& map, std::shared_ptr<const Scene> 
       triggerRate_(configuration.triggerRate),
       seed_(configuration.seed),
       sensor_(map),
+      focus_(configuration.focus),
       faults_(configuration.faults),
       renderer_(map, std::move(scene), configuration.noise) {}
 
@@ -60,9 +63,23 @@ bool VirtualCamera::HalfClock() const {
   return halfClock_;
 }
 
-void VirtualCamera::SetBlur(double radius) {
-  const std::lock_guard lock(renderMutex_);
-  renderer_.SetBlur(radius);
+void VirtualCamera::MoveLens(int position) {
+  const std::lock_guard lock(mutex_);
+  lens_ = position;
+}
+
+void VirtualCamera::MoveScene(int position) {
+  const std::lock_guard lock(mutex_);
+  focus_ = {{position, 0}};
+}
+
+double VirtualCamera::Blur() const {
+  if (!lens_) return 0;
+  SimFocus now;
+  for (const SimFocus& focus : focus_) {
+    if (focus.frame <= frames_) now = focus;
+  }
+  return kBlurPerStep * std::max(std::abs(*lens_ - now.position) - kFocusDepth, 0);
 }
 
 void VirtualCamera::RestartStream() {
@@ -144,7 +161,7 @@ DriverError VirtualCamera::AwaitFrame(std::uint32_t milliseconds, Frame* frame) 
       ++frames_;
       ++number_;
       std::erase_if(faults_, [this](const SimFault& fault) { return fault.frame == frames_; });
-      frame->picture = {readout, number_, seed_ * 1000003 + frames_};
+      frame->picture = {readout, number_, seed_ * 1000003 + frames_, Blur()};
       return DriverError::None;
     }
     if (now >= deadline) return DriverError::Timeout;

@@ -38,7 +38,10 @@ class VirtualCamera {
   void ResetSensor();
   void SetHalfClock(bool on);
   bool HalfClock() const;
-  void SetBlur(double radius);
+  /// Drives the lens of a camera that has one to a position, 0..255; without one everything is sharp.
+  void MoveLens(int position);
+  /// Moves the scene to where the lens shows it sharp at a position, for good.
+  void MoveScene(int position);
 
   /// Counts frames from 1 again.
   void RestartStream();
@@ -63,6 +66,8 @@ class VirtualCamera {
   using Clock = std::chrono::steady_clock;
 
   Clock::duration FramePeriod(const Readout& readout) const;
+  /// Of the next frame, in pixels.
+  double Blur() const;
   Clock::time_point ReadyTime(const Readout& readout, Clock::time_point requested) const;
   /// Acts on the faults of the frame that comes next; returns what the wire has to do about it.
   std::optional<SimFault::Kind> MeetFaults(Clock::time_point now, Clock::duration period);
@@ -77,6 +82,8 @@ class VirtualCamera {
   std::condition_variable changed_;  // unplugged, or registers written
   Sensor sensor_;
   bool halfClock_ = false;
+  std::optional<int> lens_;
+  std::vector<SimFocus> focus_;
   bool unplugged_ = false;
   std::uint64_t settings_ = 0;  // counts changes
   std::uint64_t frames_ = 0;    // since plugged in

@@ -20,7 +20,6 @@ std::optional<std::size_t> WomWire::CommandLength(std::uint8_t code) const {
     case 0x20:
       return 4;
     case 0x21:
-      return 3;
     case 0x25:
       return 3;
     // These settings belong to the FPGA here.

@@ -76,6 +76,12 @@ TEST(SimVariables, ErrorsSayWhatIsWrongWhere) {
       {"ZELCAM_SIM_FPS", "-1", "ZELCAM_SIM_FPS: \"-1\" is not a number from 0 to 100000"},
       {"ZELCAM_SIM_FPS", "30fps", "ZELCAM_SIM_FPS: \"30fps\" is not a number from 0 to 100000"},
       {"ZELCAM_SIM_TRIGGER", "nan", "ZELCAM_SIM_TRIGGER: \"nan\" is not a number from 0 to 100000"},
+      {"ZELCAM_SIM_FOCUS", "256",
+       "ZELCAM_SIM_FOCUS: position 1: \"256\" is not a focus position from 0 to 255"},
+      {"ZELCAM_SIM_FOCUS", "60,70", "ZELCAM_SIM_FOCUS: position 6: \"@\" and a frame number are missing"},
+      {"ZELCAM_SIM_FOCUS", "60,70@9,80@9",
+       "ZELCAM_SIM_FOCUS: position 12: a frame number from 10 on is missing"},
+      {"ZELCAM_SIM_FOCUS", "60 70", "ZELCAM_SIM_FOCUS: position 4: \"7\" is not expected here"},
       {"ZELCAM_SIM_TRIGGER", "1e9", "ZELCAM_SIM_TRIGGER: \"1e9\" is not a number from 0 to 100000"},
   };
   for (const Case& c : cases) {
@@ -103,11 +109,13 @@ TEST(SimVariables, MakeAConfiguration) {
   variables["ZELCAM_SCENE"] = "a b.jpg";
   variables["ZELCAM_SIM_FPS"] = "0";
   variables["ZELCAM_SIM_TRIGGER"] = "2.5";
+  variables["ZELCAM_SIM_FOCUS"] = "60,200@100";
   variables["ZELCAM_SIM_FAULTS"] = "unplug@100, stall@50:1.5s,stall@52:20ms,short@9,garbage@12";
   configuration = SimConfigurationFrom(read, &error).value_or(SimConfiguration{});
   EXPECT_EQ(configuration.scene, "a b.jpg");
   EXPECT_EQ(configuration.framesPerSecond, 0.0);
   EXPECT_EQ(configuration.triggerRate, 2.5);
+  EXPECT_THAT(configuration.focus, ElementsAre(SimFocus{60, 0}, SimFocus{200, 100}));
   using Kind = SimFault::Kind;
   EXPECT_THAT(configuration.faults,
               ElementsAre(SimFault{Kind::Unplug, 100}, SimFault{Kind::Stall, 50, milliseconds(1500)},
