@@ -113,6 +113,8 @@ class CZELDeviceImpl : public CZELDevice, public CaptureLink {
   /// What every transport's `ProcessFrame` does: the hook, conversion of the picture behind the header,
   /// autofocus, delivery. Event 0 delivers nothing to the observer.
   void DeliverFrame(unsigned char* raw, std::size_t headerBytes, LONG frameEvent);
+  /// Whether a read brought all of a frame. Part of one counts as an incomplete frame.
+  bool IsWhole(std::size_t receivedBytes, std::size_t frameBytes);
   bool IsEightBitTransfer() const { return eightBitTransfer_; }
   /// For transports that carry one byte per sample in either transfer mode; before `ApplyFrameGeometry`.
   void UseOneByteSamples();
@@ -156,6 +158,7 @@ class CZELDeviceImpl : public CZELDevice, public CaptureLink {
   std::vector<std::unique_ptr<Worker>> retired_;  ///< workers that `Stop` could not wait for
 
   std::atomic<bool> eightBitTransfer_ = true;
+  std::atomic<bool> incompleteFrame_ = false;  ///< seen by the read under way
   Event transitionOver_;
   ObserverGate observer_;
   ReadTurn readTurn_;

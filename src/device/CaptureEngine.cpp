@@ -185,6 +185,7 @@ LONG CZELDeviceImpl::Read(CaptureRun& run, unsigned char* buffer) {
   if (buffer == nullptr) return 0;
   LONG result = 0;
   Quietly([&] { result = run.triggered && run.HasWorkers() ? ReadFrameAlt(buffer) : ReadFrame(buffer); });
+  if (incompleteFrame_.exchange(false) && !run.exiting) ++run.counters->framesIncomplete;
   if (result == kReadWithoutFrame) return result;
   if (result != 0) {
     ++run.counters->framesRead;

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <utility>
 
-#include "device/CZELDevice.h"
+#include "device/CZELDeviceImpl.h"
 #include "device/CZELObserver.h"
 #include "imaging/COrvaneImage.h"
 #include "models/Factory.h"
@@ -15,7 +15,7 @@
 namespace zel {
 namespace {
 
-constexpr int kFrames = 3;
+constexpr int kFrames = 6;
 
 class FrameCounter : public CZELObserver {
  public:
@@ -71,6 +71,31 @@ TEST(SimulatedCapture, EveryModeBringsFramesWithoutProtocolErrors) {
     EXPECT_EQ(camera->Stop(), 1);
     EXPECT_EQ(host->Camera({row.type, index})->ProtocolErrors(), std::vector<std::string>());
     camera->SetObserver(nullptr);
+  }
+}
+
+TEST(SimulatedCapture, FramesThatCameInPartAreCountedAndNotShown) {
+  for (const LONG type : {1, 13, 67, 94}) {
+    SCOPED_TRACE(type);
+    const LONG index = type == 1 ? 'E' : 0;
+    SimConfiguration computer;
+    computer.cameras = {{type, index}};
+    computer.framesPerSecond = 0;
+    for (const std::uint32_t frame : {4, 6}) computer.faults.push_back({SimFault::Kind::Short, frame, {}});
+    std::string error;
+    const auto host = SimDriverHost::Create(computer, &error);
+    ASSERT_NE(host, nullptr) << error;
+    const ScopedDriverHost installed(*host);
+    const std::unique_ptr<CZELDevice> camera(CreateDeviceForType(static_cast<std::uint32_t>(type)));
+    FrameCounter counter;
+    camera->SetObserver(&counter);
+    ASSERT_EQ(camera->OpenCamera(index), 1);
+    ASSERT_EQ(camera->Play(), 1);
+    EXPECT_TRUE(counter.enough.WaitPumping(60'000));
+    camera->Stop();
+    const CaptureStatistics statistics = dynamic_cast<CZELDeviceImpl&>(*camera).Statistics();
+    EXPECT_EQ(statistics.framesIncomplete, 2u);
+    EXPECT_GE(statistics.framesRead, 6u);
   }
 }
 

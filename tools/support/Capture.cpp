@@ -44,7 +44,8 @@ class RunningCapture : public Capture {
   }
 
   std::int64_t Dropped() const override {
-    return static_cast<CZELDeviceImpl&>(camera_.Device()).Statistics().framesOverwritten;
+    const CaptureStatistics statistics = static_cast<CZELDeviceImpl&>(camera_.Device()).Statistics();
+    return static_cast<std::int64_t>(statistics.framesOverwritten + statistics.framesIncomplete);
   }
 
  protected:

@@ -40,7 +40,7 @@ class Capture {
 
   /// Waits about `milliseconds` for the next frame; false when none came. The frame's memory is used again.
   virtual bool Next(CapturedFrame* frame, std::uint32_t milliseconds) = 0;
-  /// Frames that the camera or the library delivered and that never came out of `Next`.
+  /// Frames that the camera sent, whole or in part, and that never came out of `Next`.
   virtual std::int64_t Dropped() const = 0;
 };
 

@@ -1,5 +1,7 @@
 #include "transport/sata/CZELDeviceImplSATA.h"
 
+#include <algorithm>
+
 #include "property/OutParameter.h"
 
 namespace zel {
@@ -93,7 +95,8 @@ bool CZELDeviceImplSATA::ReadArea(std::size_t area, unsigned char* buffer) {
   if (buffer == nullptr) return false;
   const DriverResult read =
       sata_->Volume().ReadAt(areas_[area], {buffer, static_cast<std::size_t>(readBytes_)});
-  return read.ok && read.bytes >= static_cast<std::uint32_t>(expectedPixels_);
+  const auto expected = static_cast<std::size_t>(expectedPixels_);
+  return read.ok && IsWhole(std::min<std::size_t>(read.bytes, expected), expected);
 }
 
 LONG CZELDeviceImplSATA::ReadFrame(unsigned char* buffer) {

@@ -163,14 +163,15 @@ bool CZELDeviceImplUSB3T2::ReadRequest(FrameRequest& request) {
 }
 
 bool CZELDeviceImplUSB3T2::ReadImage(std::span<unsigned char> image) {
-  for (std::size_t offset = 0; offset < image.size();) {
+  bool moved = true;
+  std::size_t offset = 0;
+  while (moved && offset < image.size()) {
     const std::size_t bytes = std::min(kPieceBytes, image.size() - offset);
     std::uint32_t received = 0;
-    if (!fx3_.BulkReadAt(image, offset, bytes, kFx3ImageEndpoint, &received)) return false;
-    if (received != bytes) return false;
-    offset += bytes;
+    moved = fx3_.BulkReadAt(image, offset, bytes, kFx3ImageEndpoint, &received) && received == bytes;
+    offset += received;
   }
-  return true;
+  return IsWhole(offset, image.size()) && moved;
 }
 
 void CZELDeviceImplUSB3T2::ProcessFrame(unsigned char* raw) {
