@@ -132,16 +132,15 @@ void CAutoFocus::OnFrame(const unsigned char* image) {
     request_.Release();  // for a later frame, when block, picture or memory may have changed
     return;
   }
-  const std::int64_t last = pitch * rows - 1;
-  auto grey = grey_.begin();
-  for (std::int64_t row = 0; row < block.height; ++row) {
+  const std::int64_t pixels = pitch * rows;
+  std::uint32_t* grey = grey_.data();
+  for (std::int64_t row = 0; row < block.height; ++row, grey += block.width) {
     // Blocks are taken one pixel to the right of where they are set. Only at the picture's last corner there
     // is none; the last pixel stands in for it.
     const std::int64_t first = (block.y + row) * pitch + block.x + 1;
-    for (std::int64_t column = 0; column < block.width; ++column) {
-      const unsigned char* pixel = image + std::min(first + column, last) * 4;
-      *grey++ = (117u * pixel[0] + 601u * pixel[1] + 306u * pixel[2]) >> 10;
-    }
+    const auto count = static_cast<int>(std::min<std::int64_t>(block.width, pixels - first));
+    GreyOfPixels(image + first * 4, count, grey);
+    if (count < block.width) GreyOfPixels(image + (pixels - 1) * 4, 1, grey + count);
   }
   blockReady_.Release();
 }

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
-#include <cstdlib>
 #include <functional>
+#include <vector>
 
 namespace zel {
 
@@ -14,30 +13,24 @@ namespace {
 constexpr std::size_t kStrongest = 9;  // responses that make the focus value
 constexpr std::int32_t kFineStep = 4;
 
-std::int32_t At(std::span<const std::uint32_t> block, int width, int row, int column) {
-  return static_cast<std::int32_t>(block[static_cast<std::size_t>(row) * width + column]);
+FocusRows RowsAround(std::span<const std::uint32_t> block, int width, int row) {
+  const std::uint32_t* const middle = block.data() + static_cast<std::ptrdiff_t>(row) * width;
+  return {middle - width, middle, middle + width, width};
+}
+
+/// Runs `visit(values, count)` over the rows and columns that leave `edge` out on every side.
+template <class Visit>
+void EachInnerRow(std::span<const std::uint32_t> block, int width, int height, int edge, Visit visit) {
+  if (width <= 2 * edge) return;
+  for (int row = edge; row < height - edge; ++row)
+    visit(block.data() + static_cast<std::ptrdiff_t>(row) * width + edge, width - 2 * edge);
 }
 
 std::int32_t Mean(std::span<const std::uint32_t> block) {
-  std::uint64_t sum = 0;
-  for (const std::uint32_t value : block) sum += value;
-  return block.empty() ? 0 : static_cast<std::int32_t>(sum / block.size());
-}
-
-// p is the value in the middle, w the width of the block.
-std::int32_t Sobel(const std::uint32_t* p, std::ptrdiff_t w) {
-  const auto v = [p](std::ptrdiff_t offset) { return static_cast<std::int32_t>(p[offset]); };
-  const std::int32_t gx = v(-w + 1) + 2 * v(1) + v(w + 1) - v(-w - 1) - 2 * v(-1) - v(w - 1);
-  const std::int32_t gy = v(w - 1) + 2 * v(w) + v(w + 1) - v(-w - 1) - 2 * v(-w) - v(-w + 1);
-  return static_cast<std::int32_t>(std::floor(std::sqrt(static_cast<double>(gx * gx + gy * gy)) + 0.5));
-}
-
-// The 3 x 3 kernel 1 4 1, 4 -20 4, 1 4 1 with what belongs to the right column taken from the middle one. The
-// thresholds of the search are tuned to its responses.
-std::int32_t LeftLaplacian(const std::uint32_t* p, std::ptrdiff_t w) {
-  const auto v = [p](std::ptrdiff_t offset) { return static_cast<std::int32_t>(p[offset]); };
-  return std::abs(v(-w - 1) + 4 * v(-w) + v(-w) + 4 * v(-1) - 20 * v(0) + 4 * v(0) + v(w - 1) + 4 * v(w) +
-                  v(w));
+  if (block.empty()) return 0;
+  constexpr std::int32_t kBelowAll = -1;
+  const GreySums all = SumOfGreater(block.data(), static_cast<int>(block.size()), kBelowAll);
+  return static_cast<std::int32_t>(all.sum / all.count);
 }
 
 // The nine largest of a stream of values that are not negative.
@@ -49,6 +42,8 @@ class Strongest {
     std::move_backward(place, kept_.end() - 1, kept_.end());
     *place = value;
   }
+  /// What a value must exceed to count.
+  std::int32_t Least() const { return kept_.back(); }
   std::int32_t Mean() const {
     std::int32_t sum = 0;
     for (const std::int32_t value : kept_) sum += value;
@@ -63,56 +58,37 @@ class Strongest {
 
 void MedianFilter(std::span<std::uint32_t> block, std::span<std::uint32_t> scratch, int width, int height) {
   std::copy(block.begin(), block.end(), scratch.begin());
-  const std::ptrdiff_t w = width;
-  for (int row = 1; row < height - 1; ++row) {
-    for (int column = 1; column < width - 1; ++column) {
-      const std::uint32_t* p = scratch.data() + row * w + column;
-      std::array<std::uint32_t, 9> near = {p[-w - 1], p[-w],    p[-w + 1], p[-1],   p[0],
-                                           p[1],      p[w - 1], p[w],      p[w + 1]};
-      std::nth_element(near.begin(), near.begin() + 4, near.end());
-      block[static_cast<std::size_t>(row * w + column)] = near[4];
-    }
-  }
+  for (int row = 1; row < height - 1; ++row)
+    MedianOfRows(RowsAround(scratch, width, row), block.data() + static_cast<std::ptrdiff_t>(row) * width);
 }
 
 std::int32_t FocusThreshold(std::span<const std::uint32_t> block, int width, int height) {
   std::int32_t brightest = 0;
-  for (int row = 2; row < height - 2; ++row) {
-    for (int column = 2; column < width - 2; ++column)
-      brightest = std::max(brightest, At(block, width, row, column));
-  }
-  std::int64_t sum = 0, count = 0;
-  for (int row = 1; row < height - 1; ++row) {
-    for (int column = 1; column < width - 1; ++column) {
-      const std::int32_t value = At(block, width, row, column);
-      if (value <= brightest / 4) continue;
-      sum += value;
-      ++count;
-    }
-  }
+  EachInnerRow(block, width, height, 2, [&](const std::uint32_t* values, int count) {
+    brightest = std::max(brightest, LargestOf(reinterpret_cast<const std::int32_t*>(values), count));
+  });
+  GreySums bright;
+  EachInnerRow(block, width, height, 1, [&](const std::uint32_t* values, int count) {
+    const GreySums row = SumOfGreater(values, count, brightest / 4);
+    bright.sum += row.sum;
+    bright.count += row.count;
+  });
   // One more than the count, so that a black block is no division by zero.
-  const auto mean = static_cast<std::int32_t>(sum / (count + 1));
+  const auto mean = static_cast<std::int32_t>(bright.sum / (bright.count + 1));
   return 3 * std::clamp(mean, 35, 250) - 82;
 }
 
 std::int32_t FocusValue(std::span<const std::uint32_t> block, int width, int height, FocusFilter filter) {
-  const std::int32_t mean = Mean(block);
+  if (width <= 4) return 0;
+  const std::int32_t mean = filter == FocusFilter::Deviation ? Mean(block) : 0;
+  std::vector<std::int32_t> responses(static_cast<std::size_t>(width));
+  const std::span<const std::int32_t> inner(responses.data() + 2, static_cast<std::size_t>(width - 4));
   Strongest strongest;
   for (int row = 2; row < height - 2; ++row) {
-    for (int column = 2; column < width - 2; ++column) {
-      const std::uint32_t* p = block.data() + static_cast<std::ptrdiff_t>(row) * width + column;
-      switch (filter) {
-        case FocusFilter::Sobel:
-          strongest.Add(Sobel(p, width));
-          break;
-        case FocusFilter::Laplacian:
-          strongest.Add(LeftLaplacian(p, width));
-          break;
-        case FocusFilter::Deviation:
-          strongest.Add(std::abs(static_cast<std::int32_t>(*p) - mean) * 5);
-          break;
-      }
-    }
+    FocusResponses(RowsAround(block, width, row), filter, mean, responses.data());
+    // Few rows have any of the strongest.
+    if (LargestOf(inner.data(), width - 4) <= strongest.Least()) continue;
+    for (const std::int32_t response : inner) strongest.Add(response);
   }
   return strongest.Mean();
 }

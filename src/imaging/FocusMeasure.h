@@ -3,12 +3,12 @@
 #include <cstdint>
 #include <span>
 
+#include "imaging/kernels/FocusRows.h"
+
 namespace zel {
 
 /// The arithmetic of the autofocus: 32-bit integers, every division truncates. A block is `width` x `height`
 /// grey values of 0..255, row by row without gaps; the outermost values only serve as neighbours.
-
-enum class FocusFilter : std::int32_t { Sobel = 0, Laplacian = 1, Deviation = 2 };
 
 /// Replaces every value that has eight neighbours by the median of its 3 x 3 surroundings. `scratch` has the
 /// size of the block.
