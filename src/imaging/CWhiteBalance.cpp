@@ -46,7 +46,8 @@ Rgb MeanColor(const MosaicSums& sums, LONG width, LONG height, LONG bayerMode) {
       const BayerPhase phase = PhaseAt(PhaseOfMode(bayerMode), row, column);
       const auto channel = phase.row == phase.column ? &Rgb::g : phase.row ? &Rgb::b : &Rgb::r;
       total.*channel += static_cast<double>(sums.at[row][column]);
-      count.*channel += ((height + 1 - row) / 2) * static_cast<double>((width + 1 - column) / 2);
+      const std::int64_t rows = (height + 1 - row) / 2, columns = (width + 1 - column) / 2;
+      count.*channel += static_cast<double>(rows * columns);
     }
   }
   const auto mean = [](double all, double samples) { return samples > 0 ? all / samples : 0; };

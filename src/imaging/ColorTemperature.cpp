@@ -26,7 +26,7 @@ constexpr std::int32_t kOne = 10000;
 // red at 6500 K.
 constexpr std::array<LightColor, kRows> MakeLightColors() {
   constexpr double kGreenShare = 0.989127;
-  constexpr double kNeutralRow = (6500 - kFirstKelvin) / kStepKelvin;
+  constexpr int kNeutralRow = (6500 - kFirstKelvin) / kStepKelvin;
   constexpr double kBlueStart = 0.012;
   constexpr double kBlueSlope = 0.002;
   constexpr double kBlueCubic =

@@ -45,7 +45,7 @@ std::string Format(const char* format, Values... values) {
 
 /// Without bytes that are sent: "control 0x222051", "read of 512 bytes".
 std::string NameOf(const SessionRequest& request) {
-  const std::string name = DriverCallName(request.kind);
+  std::string name = DriverCallName(request.kind);
   switch (request.kind) {
     case Kind::Control:
     case Kind::Begin:

@@ -104,7 +104,7 @@ TEST(FocusSearch, ContinuousSearchStartsOverOutOfFocus) {
 constexpr LONG kWidth = 48, kHeight = 40, kSharp = 137, kParked = 40;
 
 // A lens and the picture it makes: stripes, the stronger the nearer it is to `kSharp`.
-struct Lens : FocusDrive {
+struct Lens final : FocusDrive {
   std::vector<unsigned char> picture = std::vector<unsigned char>(kWidth * kHeight * 4);
   std::atomic<LONG> position = -1, moves = 0;
   std::atomic<std::uint64_t> secondMoveMs = 0;

@@ -94,7 +94,7 @@ TEST_P(WhiteBalance, TintedMosaicsInAllPhasesAndSizes) {
       Gains g = kBefore;
       GreyWorldGains24(mosaic.Packed().data(), width, height, mode, &g[0], &g[1], &g[2]);
       EXPECT_EQ(g, (Gains{102, 128, 205}));
-      const double cells = double(width / 2) * ((height / 2 + 1) / 2);
+      const int cells = (width / 2) * ((height / 2 + 1) / 2);
       for (LONG index : {1, 2}) EXPECT_EQ(mosaic.Balance(index), UniformStatistics(color, cells));
     }
   }
@@ -152,7 +152,7 @@ TEST_P(WhiteBalance, NearlyWhiteSumsAsTheirFormula) {
       for (int x = 2; x < width - 2; ++x) {
         const BayerSample s = DirectColorAt(&frame[static_cast<std::size_t>(2 * width + x)], width, phase.row,
                                             PhaseAt(phase, 0, x).column);
-        const double r = s.red / 16, g = s.green, b = s.blue / 16;
+        const int r = s.red / 16, g = s.green, b = s.blue / 16;
         const double cb = -0.1687 * r - 0.3313 * g + 0.5 * b, cr = 0.5 * r - 0.4187 * g - 0.0813 * b;
         if (0.299 * r + 0.587 * g + 0.114 * b - std::abs(cb) - std::abs(cr) <= 200.5) continue;
         expected.red += static_cast<std::uint64_t>(r);

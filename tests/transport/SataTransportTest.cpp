@@ -262,7 +262,7 @@ TEST_F(SataTransport, FramesComeFromTheAreasInTurn) {
     host.sectors[kAreaA].resize(bytes, 0xA1);
     host.sectors[kAreaB].resize(bytes, 0xB1);
     const LONG result = camera.ReadFrame(buffer.data());
-    const std::string log = host.TakeLog();
+    std::string log = host.TakeLog();
     EXPECT_EQ(result, log.ends_with("sleep 8") ? kReadWithoutFrame : 1) << log;
     return log;
   };

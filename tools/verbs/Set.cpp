@@ -14,6 +14,7 @@ Action DefineSet(CLI::App& command, const Globals& globals) {
     camera.Open();
     ApplySettings(camera, settings);
     std::vector<const PropertyName*> properties;
+    properties.reserve(settings.size());
     for (const PropertySetting& setting : settings) properties.push_back(setting.property);
     return ReportProperties(camera, properties, globals, CameraJson(camera.Id()));
   };

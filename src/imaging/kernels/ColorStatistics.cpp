@@ -18,10 +18,10 @@ constexpr int kPiece = 1 << 14;                                 // vectors whose
 
 /// The bytes of a table of words, each for itself.
 struct WordTable {
-  explicit WordTable(const std::uint16_t* table) : low(Half(table, 0).bytes), high(Half(table, 8).bytes) {}
+  explicit WordTable(const std::uint16_t* table) : low_(Half(table, 0).bytes), high_(Half(table, 8).bytes) {}
   /// Words of the even and odd bytes of an index.
   HWY_INLINE void At(BytesV index, WordsV& evens, WordsV& odds) const {
-    const auto lowBytes = low.At(index), highBytes = high.At(index);
+    const auto lowBytes = low_.At(index), highBytes = high_.At(index);
     evens = hn::Or(Evens(lowBytes), hn::ShiftLeft<8>(Evens(highBytes)));
     odds = hn::Or(Odds(lowBytes), hn::ShiftLeft<8>(Odds(highBytes)));
   }
@@ -34,7 +34,7 @@ struct WordTable {
     std::uint8_t bytes[256];
   };
 
-  ByteTable low, high;
+  ByteTable low_, high_;
 };
 
 struct LaneSums {

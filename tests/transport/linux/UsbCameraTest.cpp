@@ -13,10 +13,12 @@
 #include "transport/usb3t2/CFx3Api.h"
 
 /// The thread checker does not see how the emulation's threads keep apart, in libraries not built for it.
+// NOLINTBEGIN(bugprone-reserved-identifier): the checker's name
 extern "C" const char* __tsan_default_suppressions();
 extern "C" const char* __tsan_default_suppressions() {
   return "race:libumockdev.so\nrace:libglib-2.0.so\nrace:libudev.so";
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace zel {
 namespace {
