@@ -33,9 +33,10 @@ function(zel_room name)
 endfunction()
 
 # zel_test(NAME SOURCES a.cpp LINK zel_common ...): the tests of one room in one program. Windows builds run
-# under the emulator that the toolchain file names.
+# under the emulator that the toolchain file names. SHARDS n: in n parts that run at the same time; for tests that
+# only compute. All others have the machine to themselves.
 function(zel_test name)
-  cmake_parse_arguments(TEST "" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(TEST "" "SHARDS" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   # A test runs once after it was compiled: what costs is the compiling.
@@ -43,6 +44,16 @@ function(zel_test name)
   target_link_libraries(${name} PRIVATE zel_flags ${TEST_LINK} GTest::gmock GTest::gtest_main)
   # A path from the test's own folder: under Wine "/..." is no absolute path.
   file(RELATIVE_PATH results ${CMAKE_CURRENT_BINARY_DIR} ${PROJECT_BINARY_DIR}/results)
-  add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_output=json:${results}/${name}.json)
-  set_tests_properties(${name} PROPERTIES TIMEOUT 900)
+  if(NOT TEST_SHARDS)
+    add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_output=json:${results}/${name}.json)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 900 RUN_SERIAL TRUE)
+    return()
+  endif()
+  foreach(shard RANGE 1 ${TEST_SHARDS})
+    math(EXPR index "${shard} - 1")
+    set(part ${name}_${shard})
+    add_test(NAME ${part} COMMAND ${name} --gtest_brief=1 --gtest_output=json:${results}/${part}.json)
+    set_tests_properties(${part} PROPERTIES TIMEOUT 900
+      ENVIRONMENT "GTEST_TOTAL_SHARDS=${TEST_SHARDS};GTEST_SHARD_INDEX=${index}")
+  endforeach()
 endfunction()
