@@ -93,6 +93,7 @@ TEST(SimulatedCapture, FramesThatCameInPartAreCountedAndNotShown) {
     ASSERT_EQ(camera->Play(), 1);
     EXPECT_TRUE(counter.enough.WaitPumping(60'000));
     camera->Stop();
+    camera->SetObserver(nullptr);
     const CaptureStatistics statistics = dynamic_cast<CZELDeviceImpl&>(*camera).Statistics();
     EXPECT_EQ(statistics.framesIncomplete, 2u);
     EXPECT_GE(statistics.framesRead, 6u);
