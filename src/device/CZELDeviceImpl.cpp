@@ -261,7 +261,7 @@ LONG CZELDeviceImpl::ReadFrameAlt(unsigned char* buffer) {
   return ReadFrame(buffer);
 }
 
-bool CZELDeviceImpl::IsWhole(std::size_t receivedBytes, std::size_t frameBytes) {
+bool CZELDeviceImpl::NoteReceived(std::size_t receivedBytes, std::size_t frameBytes) {
   if (receivedBytes != 0 && receivedBytes < frameBytes) incompleteFrame_ = true;
   return receivedBytes == frameBytes;
 }

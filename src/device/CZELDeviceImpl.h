@@ -113,8 +113,8 @@ class CZELDeviceImpl : public CZELDevice, public CaptureLink {
   /// What every transport's `ProcessFrame` does: the hook, conversion of the picture behind the header,
   /// autofocus, delivery. Event 0 delivers nothing to the observer.
   void DeliverFrame(unsigned char* raw, std::size_t headerBytes, LONG frameEvent);
-  /// Whether a read brought all of a frame. Part of one counts as an incomplete frame.
-  bool IsWhole(std::size_t receivedBytes, std::size_t frameBytes);
+  /// What a read brought of a frame: true when it is all of it; part of one counts as an incomplete frame.
+  bool NoteReceived(std::size_t receivedBytes, std::size_t frameBytes);
   bool IsEightBitTransfer() const { return eightBitTransfer_; }
   /// For transports that carry one byte per sample in either transfer mode; before `ApplyFrameGeometry`.
   void UseOneByteSamples();

@@ -61,11 +61,11 @@ bool ParseSimCameras(std::string_view text, std::vector<SimCameraAddress>* camer
 /// Reads "unplug@100,drop@7,stall@50:2s,...", as `ZELCAM_SIM_FAULTS` holds it; durations end in "s" or "ms".
 bool ParseSimFaults(std::string_view text, std::vector<SimFault>* faults, std::string* error);
 
-/// Value of an environment variable, or nothing.
-using VariableReader = std::function<std::optional<std::string>(const char* name)>;
-
 /// Reads "POSITION[@FRAME],...", as `ZELCAM_SIM_FOCUS` holds it: "60,200@100" moves the scene at frame 100.
 bool ParseSimFocus(std::string_view text, std::vector<SimFocus>* focus, std::string* error);
+
+/// Value of an environment variable, or nothing.
+using VariableReader = std::function<std::optional<std::string>(const char* name)>;
 
 /// The configuration that the variables `ZELCAM_SIM`, `ZELCAM_SCENE`, `ZELCAM_SIM_FPS`, `ZELCAM_SIM_FAULTS`,
 /// `ZELCAM_SIM_TRIGGER` and `ZELCAM_SIM_FOCUS` describe. Nothing with an empty `error` when `ZELCAM_SIM` is

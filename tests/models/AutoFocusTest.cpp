@@ -20,12 +20,12 @@
 #include "property/CZELDevicePropertyImpl.h"
 #include "sim/SimDriverHost.h"
 #include "sim/VirtualCamera.h"
+#include "transport/usb3t2/FpgaRegisters.h"
 
 namespace zel {
 namespace {
 
-constexpr LONG kSharpAround =
-    12;  // positions on both sides of the sharpest one that blur less than half a pixel
+constexpr LONG kSharpAround = 12;  // positions on both sides of the sharpest that blur below half a pixel
 
 struct Block {
   LONG x, y, width, height;
@@ -84,7 +84,7 @@ class FrameTimeHost : public PassingDriverHost {
 /// An FX3 camera that looks at a block of the test chart.
 class FocusingCamera {
  public:
-  explicit FocusingCamera(const Block& block, double noise, int sharp) {
+  FocusingCamera(const Block& block, double noise, int sharp) {
     SimConfiguration computer;
     computer.noise = noise;
     computer.cameras = {{kType, 0}};
@@ -112,7 +112,7 @@ class FocusingCamera {
   bool Plays() { return host_->ticks = camera_->Play() == 1; }
   LONG LensAt() {
     LONG position = -1;
-    Settings().GetFpgaRegister(120, &position);
+    Settings().GetFpgaRegister(kFpgaFocus, &position);
     return position;
   }
 

@@ -41,9 +41,10 @@ class RegisterLog : public PassingDriverHost {
 class OpenedCamera {
  public:
   /// At 0 frames per second a frame comes whenever it is read.
-  explicit OpenedCamera(LONG type, double framesPerSecond = 0)
+  explicit OpenedCamera(LONG type, double framesPerSecond = 0, std::vector<SimFault> faults = {})
       : camera_(CreateDeviceForType(static_cast<std::uint32_t>(type))) {
     SimConfiguration computer;
+    computer.faults = std::move(faults);
     const int index = ModelOf(type).family == Family::Sata ? 'E' : 0;
     address_ = {static_cast<int>(type), index};
     computer.cameras = {address_};

@@ -3,10 +3,11 @@
 #include <atomic>
 #include <utility>
 
-#include "device/CZELDeviceImpl.h"
+#include "device/CZELDevice.h"
 #include "device/CZELObserver.h"
 #include "imaging/COrvaneImage.h"
 #include "models/Factory.h"
+#include "models/OpenedCamera.h"
 #include "platform/Threads.h"
 #include "property/CZELDeviceProperty.h"
 #include "sim/SimDriverHost.h"
@@ -77,24 +78,13 @@ TEST(SimulatedCapture, EveryModeBringsFramesWithoutProtocolErrors) {
 TEST(SimulatedCapture, FramesThatCameInPartAreCountedAndNotShown) {
   for (const LONG type : {1, 13, 67, 94}) {
     SCOPED_TRACE(type);
-    const LONG index = type == 1 ? 'E' : 0;
-    SimConfiguration computer;
-    computer.cameras = {{type, index}};
-    computer.framesPerSecond = 0;
-    for (const std::uint32_t frame : {4, 6}) computer.faults.push_back({SimFault::Kind::Short, frame, {}});
-    std::string error;
-    const auto host = SimDriverHost::Create(computer, &error);
-    ASSERT_NE(host, nullptr) << error;
-    const ScopedDriverHost installed(*host);
-    const std::unique_ptr<CZELDevice> camera(CreateDeviceForType(static_cast<std::uint32_t>(type)));
     FrameCounter counter;
-    camera->SetObserver(&counter);
-    ASSERT_EQ(camera->OpenCamera(index), 1);
-    ASSERT_EQ(camera->Play(), 1);
+    test::OpenedCamera camera(type, 0, {{SimFault::Kind::Short, 4, {}}, {SimFault::Kind::Short, 6, {}}});
+    camera.Device().SetObserver(&counter);
+    ASSERT_EQ(camera.Device().Play(), 1);
     EXPECT_TRUE(counter.enough.WaitPumping(60'000));
-    camera->Stop();
-    camera->SetObserver(nullptr);
-    const CaptureStatistics statistics = dynamic_cast<CZELDeviceImpl&>(*camera).Statistics();
+    camera.Device().Stop();
+    const CaptureStatistics statistics = camera.Device().Statistics();
     EXPECT_EQ(statistics.framesIncomplete, 2u);
     EXPECT_GE(statistics.framesRead, 6u);
   }

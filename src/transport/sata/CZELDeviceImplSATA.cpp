@@ -96,7 +96,7 @@ bool CZELDeviceImplSATA::ReadArea(std::size_t area, unsigned char* buffer) {
   const DriverResult read =
       sata_->Volume().ReadAt(areas_[area], {buffer, static_cast<std::size_t>(readBytes_)});
   const auto expected = static_cast<std::size_t>(expectedPixels_);
-  return read.ok && IsWhole(std::min<std::size_t>(read.bytes, expected), expected);
+  return read.ok && NoteReceived(std::min<std::size_t>(read.bytes, expected), expected);
 }
 
 LONG CZELDeviceImplSATA::ReadFrame(unsigned char* buffer) {

@@ -83,7 +83,7 @@ LONG PipeCameraDevice::ReadTransfer(unsigned char* buffer, LONG pixels, UsbTrans
   if (!usb_.BulkTransfer(UsbTransferKind::Plain, UsbPipe::Command, start, &moved, false)) return 0;
   if (moved != start.size()) return 0;
   const std::size_t bytes = static_cast<std::size_t>(pixels) * (IsEightBitTransfer() ? 1 : 2);
-  return usb_.BulkTransfer(kind, UsbPipe::Image, {buffer, bytes}, &moved, true) && IsWhole(moved, bytes);
+  return usb_.BulkTransfer(kind, UsbPipe::Image, {buffer, bytes}, &moved, true) && NoteReceived(moved, bytes);
 }
 
 bool PipeCameraDevice::Answers(LONG index) {

@@ -99,7 +99,7 @@ LONG CZELDeviceImplUSB3::ReadFrame(unsigned char* buffer) {
   if (buffer == nullptr || bytes == 0) return 0;
   if (!ReadDiskStatus(disk_, status_) || status_[kDiskFrameReady] != 1) return 0;
   const DriverResult read = disk_.ReadAt(kDiskImagePosition, {buffer, bytes});
-  return read.ok && IsWhole(read.bytes, bytes) && IsWanted();
+  return read.ok && NoteReceived(read.bytes, bytes) && IsWanted();
 }
 
 void CZELDeviceImplUSB3::ProcessFrame(unsigned char* raw) {

@@ -171,7 +171,7 @@ bool CZELDeviceImplUSB3T2::ReadImage(std::span<unsigned char> image) {
     moved = fx3_.BulkReadAt(image, offset, bytes, kFx3ImageEndpoint, &received) && received == bytes;
     offset += received;
   }
-  return IsWhole(offset, image.size()) && moved;
+  return NoteReceived(offset, image.size()) && moved;
 }
 
 void CZELDeviceImplUSB3T2::ProcessFrame(unsigned char* raw) {
