@@ -29,16 +29,20 @@ const BITMAPINFOHEADER& CZELCamera::DescribeBits(LONG width, LONG height) {
 HRESULT CZELCamera::StretchDIBits(LONG hDC, LONG Width, LONG Height, VARIANT vtBits) {
   return Guarded([&]() -> HRESULT {
     const PixelMemory pixels = ArrayOf(vtBits);
-    if (!pixels.Holds(PictureBytes(Width, Height))) return S_OK;
-    return DrawStretched(hDC, DescribeBits(Width, Height), pixels.data);
+    if (pixels.Holds(PictureBytes(Width, Height))) {
+      DrawStretched(hDC, DescribeBits(Width, Height), pixels.data);
+    }
+    return kDrawingResult;
   });
 }
 
 HRESULT CZELCamera::SetDIBits(LONG hDC, LONG Width, LONG Height, VARIANT vtBits) {
   return Guarded([&]() -> HRESULT {
     const PixelMemory pixels = ArrayOf(vtBits);
-    if (!pixels.Holds(PictureBytes(Width, Height))) return S_OK;
-    return DrawUnscaled(hDC, DescribeBits(Width, -Height), pixels.data);
+    if (pixels.Holds(PictureBytes(Width, Height))) {
+      DrawUnscaled(hDC, DescribeBits(Width, -Height), pixels.data);
+    }
+    return kDrawingResult;
   });
 }
 

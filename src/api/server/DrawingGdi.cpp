@@ -27,20 +27,20 @@ SIZE TargetSize(HDC context) {
 
 }  // namespace
 
-HRESULT DrawStretched(LONG deviceContext, const BITMAPINFOHEADER& header, const void* pixels) {
+const HRESULT kDrawingResult = S_OK;
+
+void DrawStretched(LONG deviceContext, const BITMAPINFOHEADER& header, const void* pixels) {
   const HDC context = ContextOf(deviceContext);
   const SIZE target = TargetSize(context);
   StretchDIBits(context, 0, 0, target.cx, target.cy, 0, 0, header.biWidth, std::abs(header.biHeight), pixels,
                 InfoOf(header), DIB_RGB_COLORS, SRCCOPY);
-  return S_OK;
 }
 
-HRESULT DrawUnscaled(LONG deviceContext, const BITMAPINFOHEADER& header, const void* pixels) {
+void DrawUnscaled(LONG deviceContext, const BITMAPINFOHEADER& header, const void* pixels) {
   const auto width = static_cast<DWORD>(header.biWidth);
   const auto height = static_cast<DWORD>(std::abs(header.biHeight));
   SetDIBitsToDevice(ContextOf(deviceContext), 0, 0, width, height, 0, 0, 0, height, pixels, InfoOf(header),
                     DIB_RGB_COLORS);
-  return S_OK;
 }
 
 }  // namespace zel

@@ -2,11 +2,9 @@
 
 namespace zel {
 
-HRESULT DrawStretched(LONG, const BITMAPINFOHEADER&, const void*) {
-  return S_OK;
-}
-HRESULT DrawUnscaled(LONG, const BITMAPINFOHEADER&, const void*) {
-  return S_OK;
-}
+const HRESULT kDrawingResult = E_NOTIMPL;
+
+void DrawStretched(LONG, const BITMAPINFOHEADER&, const void*) {}
+void DrawUnscaled(LONG, const BITMAPINFOHEADER&, const void*) {}
 
 }  // namespace zel
