@@ -11,8 +11,6 @@ if(WIN32)
   # 0x0A00: Windows 10. Everything is linked statically, so that a product needs only the system's DLLs.
   target_compile_definitions(zel_flags INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0A00 NOMINMAX)
   target_link_options(zel_flags INTERFACE -static)
-else()
-  target_include_directories(zel_flags SYSTEM INTERFACE ${PROJECT_SOURCE_DIR}/src/platform/posix/shims)
 endif()
 
 if(ZEL_SANITIZE)

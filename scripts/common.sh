@@ -1,6 +1,7 @@
 # Shared by the scripts here: where the project is, how to speak, how to become root. Sourced, not run.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 jobs=$(nproc)
+no_source=3  # scripts/setup ends with it when a library's source package can't be had
 
 say() { printf '%s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }
@@ -21,15 +22,32 @@ quietly() {
   "$@" >"$log" 2>&1 || { tail -n 60 "$log" >&2; die "'$*' failed; all of its output: $log"; }
 }
 
-# install_packages PACKAGE...: those that are missing. True when there were any.
-install_packages() {
-  local package missing=""
-  for package in "$@"; do
-    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }
+
+# missing_packages ENTRY...: what of them is to be installed. An entry is a package or alternatives, "clang-16|clang": the
+# first that this release has. One that ends in "|" is for releases that have it.
+missing_packages() {
+  local entry names name
+  for entry; do
+    IFS='|' read -ra names <<<"$entry"
+    name=${names[0]}
+    if [ "$name" != "$entry" ] && ! installed "$name"; then
+      for name in "${names[@]}" ""; do
+        [ -z "$name" ] || ! apt-cache policy "$name" 2>/dev/null | grep -q 'Candidate: [^(]' || break
+      done
+      [ -n "$name" ] || case $entry in *'|') continue ;; *) name=${names[0]} ;; esac
+    fi
+    installed "$name" || printf '%s ' "$name"
   done
-  [ -n "$missing" ] || return 1
-  say "installing:$missing"
+}
+
+# install_packages ENTRY...: those that are missing. True when there were any.
+install_packages() {
+  local missing
+  [ -n "$(missing_packages "$@")" ] || return 1
   quietly apt-update as_root apt-get update
+  missing=$(missing_packages "$@")  # the new lists may offer another alternative
+  say "installing: $missing"
   # shellcheck disable=SC2086
   quietly apt-install as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing
 }

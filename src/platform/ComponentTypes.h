@@ -16,7 +16,7 @@
 #include <ole2.h>
 #include <oleauto.h>
 #else
-#include "platform/posix/ComponentTypesPosix.h"
+#include "posix/ComponentTypesPosix.h"  // from here, so that the installed headers need one folder only
 #endif
 
 static_assert(sizeof(LONG) == 4 && sizeof(HRESULT) == 4 && sizeof(OLECHAR) == 2);

@@ -104,7 +104,7 @@ TEST_F(Program, AnswersBadInputAndLeavesNothing) {
       {"--sim 13 get shuter", 2, "did you mean 'shutter'?"},
       {"--sim 13 set shutter=20000", 2,
        "zelcam: error: shutter 20000 is above the maximum 16383 of ZEL USB 2.0 1280x1024 #13\n"},
-      {"--sim 13 set", 2, "NAME=VALUE is required"},
+      {"--sim 13 set", 2, "SETTING is required"},
       {"--sim 13 snap", 2, "--output is required"},
       {"--sim 13 snap -o a.png", 2, "'a.png' ends in none of .bmp, .jpg, .jpeg, .raw"},
       {"--sim 13 snap -o none/a.bmp", 2, "folder 'none' does not exist"},

@@ -7,7 +7,7 @@ namespace zel::tool {
 
 Action DefineSet(CLI::App& command, const Globals& globals) {
   auto texts = std::make_shared<std::vector<std::string>>();
-  command.add_option("NAME=VALUE", *texts, "Numbers are decimal or start with 0x")->required();
+  command.add_option("SETTING", *texts, "NAME=VALUE; numbers are decimal or start with 0x")->required();
   return [texts, &globals] {
     const std::vector<PropertySetting> settings = ParseSettings(*texts);
     Camera camera(SelectCamera(globals.camera));

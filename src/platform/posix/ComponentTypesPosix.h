@@ -88,7 +88,6 @@ inline bool IsEqualIID(const IID& a, const IID& b) {
 #define STDMETHODIMP_(type) type
 #define EXTERN_C extern "C"
 #define DECLSPEC_UUID(text)
-#define interface struct
 #define MIDL_INTERFACE(text) struct
 #define BEGIN_INTERFACE
 #define END_INTERFACE

@@ -4,8 +4,6 @@
 
 #include "platform/posix/UsbTransfer.h"
 
-#undef interface  // a field of the configuration descriptor
-
 namespace zel {
 namespace {
 

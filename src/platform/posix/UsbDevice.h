@@ -1,10 +1,6 @@
 #pragma once
 
-// libusb has fields of a name that the component types define as a macro.
-#pragma push_macro("interface")
-#undef interface
 #include <libusb.h>
-#pragma pop_macro("interface")
 
 #include <atomic>
 #include <cstdint>
