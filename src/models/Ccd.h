@@ -27,7 +27,7 @@ class Property : public ModelProperty<Registers> {
   LONG InitializeCamera() override {
     this->SetDigitalGlobalGain(this->Record(kDigitalGlobalGain).current);
     this->SetShutter(this->Record(kShutter).current);
-    return 1;
+    return ModelProperty<Registers>::InitializeCamera();
   }
 
  protected:

@@ -55,7 +55,7 @@ class Property : public SwitchedProperty<FamilyProperty> {
  public:
   LONG InitializeCamera() override {
     shutterHigh_ = 0;
-    return 1;
+    return SwitchedProperty<FamilyProperty>::InitializeCamera();
   }
 
   HRESULT SetShutter(LONG lines) override {

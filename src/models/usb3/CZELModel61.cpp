@@ -80,21 +80,23 @@ class CZELModel61 : public CZELDeviceImplUSB3 {
 
     // A camera that does not take these still sends the same frames: without one they are only stored.
     HRESULT SetBayerDecodingMethod(LONG method) override {
-      SetRegister(kMonitorDecoding, method);
-      return ModelProperty::SetBayerDecodingMethod(method);
+      const HRESULT result = ModelProperty::SetBayerDecodingMethod(method);
+      SetRegister(kMonitorDecoding, settings_.bayerDecodingMethod);
+      return result;
     }
     HRESULT SetColorful(LONG on) override {
-      SetRegister(kMonitorColour, on != 0);
-      return ModelProperty::SetColorful(on);
+      const HRESULT result = ModelProperty::SetColorful(on);
+      SetRegister(kMonitorColour, settings_.colorful);
+      return result;
     }
     HRESULT SetAutoWhiteBalance(LONG mode) override {
-      SetRegister(kMonitorWhiteBalance, mode);
-      return ModelProperty::SetAutoWhiteBalance(mode);
+      const HRESULT result = ModelProperty::SetAutoWhiteBalance(mode);
+      SetRegister(kMonitorWhiteBalance, settings_.autoWhiteBalance);
+      return result;
     }
     HRESULT SetColorGain(LONG id, LONG value) override {
       const HRESULT result = ModelProperty::SetColorGain(id, value);
-      if (result == S_OK && id >= kColorGainRed && id <= kColorGainBlue)
-        SetRegister(kMonitorGains + id - kColorGainRed, std::min(value, kHighestMonitorGain));
+      if (result == S_OK && id >= kColorGainRed && id <= kColorGainBlue) TellMonitorGain(id);
       return result;
     }
 
@@ -121,6 +123,7 @@ class CZELModel61 : public CZELDeviceImplUSB3 {
       return ModelProperty::ApplyColorMatrix();
     }
 
+    /// Everything that a capture needs: the camera has no reset, and may hold what another program set.
     bool ProgramWindow(const CaptureWindow& window) {
       const struct {
         LONG address;
@@ -132,10 +135,25 @@ class CZELModel61 : public CZELDeviceImplUSB3 {
       for (const auto& [address, value] : words) {
         if (FAILED(WriteParts(value, {{address, 0xFF}, {address + 1, 0xFF00, 8}}))) return false;
       }
-      return SUCCEEDED(SetRegister(kSkipping, Record(kSubSampleX).current));
+      const LONG mirrors = (Record(kHorMirror).current != 0 ? kMirrorColumns : 0) |
+                           (Record(kVerMirror).current != 0 ? kMirrorRows : 0);
+      TellMonitor();
+      return SUCCEEDED(SetRegister(kSkipping, Record(kSubSampleX).current)) &&
+             SUCCEEDED(SetRegister(kReadMode, mirrors));
     }
 
    private:
+    void TellMonitor() {
+      SetRegister(kMonitorDecoding, settings_.bayerDecodingMethod);
+      SetRegister(kMonitorColour, settings_.colorful);
+      SetRegister(kMonitorWhiteBalance, settings_.autoWhiteBalance);
+      for (LONG id = kColorGainRed; id <= kColorGainBlue; ++id) TellMonitorGain(id);
+    }
+
+    void TellMonitorGain(LONG id) {
+      SetRegister(kMonitorGains + id - kColorGainRed, std::min(Record(id).current, kHighestMonitorGain));
+    }
+
     DiskBytePort port_;
   };
 
