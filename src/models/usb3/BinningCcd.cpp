@@ -11,22 +11,22 @@ constexpr LONG kShortestShutter = 1;
 constexpr LONG kRegisterMask = 0xFFFF;
 
 // Registers of the analogue front end.
-constexpr LONG kGain = 0x05;
-constexpr LONG kGainAccess = 0x3003;  // 1: the front end takes its next value
+constexpr LONG kGain = Documented(0x05);
+constexpr LONG kGainAccess = Documented(0x3003);  // 1: the front end takes its next value
 
 // Registers of the timing generator.
-constexpr LONG kShutterLines = 0x2004;
-constexpr LONG kWindowLeft = 0x2010;  // the window in sensor pixels
-constexpr LONG kWindowTop = 0x2012;
-constexpr LONG kWindowColumns = 0x2014;
-constexpr LONG kWindowLines = 0x2016;
-constexpr LONG kBinning = 0x2018;
-constexpr LONG kVariantAccess = 0x3000;       // 0: the readout variant may be changed, 1: it is in use
-constexpr LONG kVariantProgressive = 0x3001;  // 1: lines in order, 0: field by field
-constexpr LONG kVariantOddFirst = 0x3002;     // the field of the odd lines comes first
+constexpr LONG kShutterLines = Documented(0x2004);
+constexpr LONG kWindowLeft = Chosen(0x2010);  // the window in sensor pixels
+constexpr LONG kWindowTop = Chosen(0x2012);
+constexpr LONG kWindowColumns = Chosen(0x2014);
+constexpr LONG kWindowLines = Chosen(0x2016);
+constexpr LONG kBinning = Chosen(0x2018);
+constexpr LONG kVariantAccess = Documented(0x3000);  // 0: the readout variant may be changed, 1: it is in use
+constexpr LONG kVariantProgressive = Documented(0x3001);  // 1: lines in order, 0: field by field
+constexpr LONG kVariantOddFirst = Documented(0x3002);     // the field of the odd lines comes first
 
-constexpr LONG kBinLinesBit = 1;  // of kBinning
-constexpr LONG kBinColumnsBit = 2;
+constexpr LONG kBinLinesBit = Chosen(1);  // of kBinning
+constexpr LONG kBinColumnsBit = Chosen(2);
 
 // Bits of the value that selects the readout variant.
 constexpr LONG kAltPathABit = 1;

@@ -11,26 +11,26 @@
 namespace zel {
 namespace {
 
-constexpr LONG kStandby = 0x00;    // 1: registers are kept, nothing else runs
-constexpr LONG kStreaming = 0x01;  // 1: frames come
-constexpr LONG kReadMode = 0x28;
-constexpr LONG kMirrorColumns = 0x01;  // of kReadMode
-constexpr LONG kMirrorRows = 0x02;
-constexpr LONG kShutterLow = 0x2A;
-constexpr LONG kShutterMiddle = 0x2B;
-constexpr LONG kShutterHigh = 0x2C;
-constexpr LONG kWindowLeft = 0x30;  // low byte first; top, columns and rows follow
-constexpr LONG kWindowTop = 0x32;
-constexpr LONG kWindowColumns = 0x34;
-constexpr LONG kWindowRows = 0x36;
-constexpr LONG kSkipping = 0x38;  // sub-sampling code
-constexpr LONG kGainRegister = 0x67;
+constexpr LONG kStandby = Chosen(0x00);    // 1: registers are kept, nothing else runs
+constexpr LONG kStreaming = Chosen(0x01);  // 1: frames come
+constexpr LONG kReadMode = Documented(0x28);
+constexpr LONG kMirrorColumns = Chosen(0x01);  // of kReadMode
+constexpr LONG kMirrorRows = Chosen(0x02);
+constexpr LONG kShutterLow = Documented(0x2A);
+constexpr LONG kShutterMiddle = Documented(0x2B);
+constexpr LONG kShutterHigh = Documented(0x2C);
+constexpr LONG kWindowLeft = Chosen(0x30);  // low byte first; top, columns and rows follow
+constexpr LONG kWindowTop = Chosen(0x32);
+constexpr LONG kWindowColumns = Chosen(0x34);
+constexpr LONG kWindowRows = Chosen(0x36);
+constexpr LONG kSkipping = Chosen(0x38);  // sub-sampling code
+constexpr LONG kGainRegister = Documented(0x67);
 
 // The camera's monitor output, which is to show what the library's pictures do.
-constexpr LONG kMonitorDecoding = 0x80;
-constexpr LONG kMonitorColour = 0x81;
-constexpr LONG kMonitorWhiteBalance = 0x82;
-constexpr LONG kMonitorGains = 0x83;  // red, green, blue: 8 bits, 128 is unity
+constexpr LONG kMonitorDecoding = Chosen(0x80);
+constexpr LONG kMonitorColour = Chosen(0x81);
+constexpr LONG kMonitorWhiteBalance = Chosen(0x82);
+constexpr LONG kMonitorGains = Chosen(0x83);  // red, green, blue: 8 bits, 128 is unity
 constexpr LONG kHighestMonitorGain = 0xFF;
 
 constexpr std::uint32_t kPrepareMs = 8;
