@@ -58,10 +58,10 @@ their pictures are shifted by half a pixel to the right and down against those o
 | --- | --- | --- | --- | --- | --- | --- | --- | --- |
 | 128 +- 10 | 100 % | 100 % | 100 % | 100 % | 100 % | 100 % | 100 % | 100 % |
 | 128 +- 20 | 100 % | 0 % | 60 % | 100 % | 100 % | 100 % | 100 % | 100 % |
-| 128 +- 40 | 19 % | 0 % | 29 % | 19 % | 67 % | 100 % | 100 % | 100 % |
+| 128 +- 40 | 20 % | 0 % | 30 % | 19 % | 66 % | 100 % | 100 % | 100 % |
 | 128 +- 80 | 19 % | 0 % | 12 % | 19 % | 38 % | 59 % | 66 % | 100 % |
 
-A line of one or two pixels keeps 44 % of its height and leaves a trace of its own width beside it; an
-edge becomes four pixels wide. A higher threshold, or the filter off, keeps them.)";
+A line of one or two pixels keeps 44 % of its height and leaves traces two pixels to its left and right;
+an edge becomes four pixels wide. A higher threshold, or the filter off, keeps them.)";
 
 }  // namespace zel::tool
