@@ -161,7 +161,7 @@ TEST(CcdCameras, BinningCcdsKeepTheirExposure) {
       const PropertyRecord& record = camera.Property().Record(kShutter);
       return std::array{record.minimum, record.maximum, record.current};
     };
-    for (const LONG lines : {range.maximum, 1000}) {
+    for (const LONG lines : {range.maximum, LONG{1000}}) {
       EXPECT_EQ(camera.Property().SetShutter(lines), S_OK);
       for (const LONG binned : {0, 0, 1, 1, 0}) {
         EXPECT_EQ(camera.Property().SetModelValue4(binned), S_OK);

@@ -88,7 +88,7 @@ TEST_P(EveryType, StartsAsIfNoOtherProgramHadUsedIt) {
   EXPECT_EQ(camera.ProtocolErrors(), std::vector<std::string>());
 }
 
-/// What works is offered, and what is offered works. (Half clock on USB 2.0 is a silent success elsewhere.)
+/// What works is offered, and what is offered works. Half clock answers success on USB 2.0 types without one.
 TEST_P(EveryType, OffersWhatItTakes) {
   OpenedCamera camera(GetParam());
   for (const auto& [id, set] : kRecords) {

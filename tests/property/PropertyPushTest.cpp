@@ -78,7 +78,7 @@ TEST_F(PropertyPush, SettingsReachTheRunningImage) {
   store.SetColorCorrection(0);
   store.SetDotFilterEnabled(1);
   store.SetDotFilterThreshold(77);
-  EXPECT_EQ(image->DotFilter(), std::pair(1, 77));
+  EXPECT_EQ(image->DotFilter(), (std::pair<LONG, LONG>(1, 77)));
   const std::vector<Note> sent = {{"colorful", 1},   {"gamma", 45}, {"contrast", -3}, {"brightness", -20},
                                   {"saturation", 4}, {"hue", 359},  {"correction", 0}};
   EXPECT_EQ(image->notes, sent);
