@@ -33,7 +33,8 @@ what then lies outside the range has reached the sensor and is refused by the st
 was chosen here, nothing outside the range is sent. The other families clamp.
 
 **Another program's settings.** Opening a camera or playing brings everything in the table back to what
-the settings say, whatever another program left in the camera. Registers written by number stay.
+the settings say, whatever another program left in the camera. Registers written by number stay in USB 3.0
+and SATA cameras, which have no reset.
 
 **Shutter of type 78.** Its range follows the readout: 2..4453 until the first `Play`, then 1..3335, and
 1..1668 with summed lines. With each change, and with every `Play`, the exposure keeps its place in the
