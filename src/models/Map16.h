@@ -19,13 +19,13 @@ constexpr LONG kFineGain = Documented(0x2F);  // where the gain has 11 bits
 constexpr LONG kGain = Documented(0x35);
 constexpr LONG kThreshControl = Documented(0x5F);
 
-constexpr LONG kHalfClockBit = Chosen(0x0001);       // of kClockControl
-constexpr LONG kTriggerBit = Documented(0x0100);     // of kReadMode1
-constexpr LONG kStrobeBit = Documented(0x0200);      // of kReadMode1: the sensor's flash output
-constexpr LONG kMirrorRowsBit = Documented(0x8000);  // of kReadMode2: vertical mirror
+constexpr LONG kHalfClockBit = Chosen(0x0001);           // of kClockControl
+constexpr LONG kTriggerBit = Documented(0x0100);         // of kReadMode1
+constexpr LONG kStrobeBit = Documented(0x0200);          // of kReadMode1: the sensor's flash output
+constexpr LONG kMirrorRowsBit = Documented(0x8000);      // of kReadMode2: vertical mirror
 constexpr LONG kMirrorColumnsBit = Documented(0x4000);   // of kReadMode2: horizontal mirror
 constexpr LONG kMirrorRowsOffMask = Documented(0x7F7F);  // bit 7 goes with the vertical mirror
-constexpr LONG kAutoThreshBit = Documented(0x0080);  // of kThreshControl
+constexpr LONG kAutoThreshBit = Documented(0x0080);      // of kThreshControl
 
 constexpr SensorSwitches kSwitches{.horMirror = {kReadMode2, kMirrorColumnsBit},
                                    .verMirror = {kReadMode2, kMirrorRowsBit},
