@@ -26,12 +26,12 @@ class ByteExposure : public Sensor {
  protected:
   using Sensor::Sensor;
 
-  static constexpr LONG kShutterLow = 0x08;
-  static constexpr LONG kShutterHigh = 0x09;
-  static constexpr LONG kGainLow = 0x1C;
-  static constexpr LONG kGainHigh = 0x1D;
-  static constexpr LONG kControl = 0x1E;
-  static constexpr LONG kTakeGainBit = 0x01;  // of kControl
+  static constexpr LONG kShutterLow = Documented(0x08);
+  static constexpr LONG kShutterHigh = Documented(0x09);
+  static constexpr LONG kGainLow = Documented(0x1C);
+  static constexpr LONG kGainHigh = Documented(0x1D);
+  static constexpr LONG kControl = Documented(0x1E);
+  static constexpr LONG kTakeGainBit = Chosen(0x01);  // of kControl
 };
 
 }  // namespace zel

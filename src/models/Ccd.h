@@ -6,7 +6,7 @@
 namespace zel::ccd {
 
 // The window's registers; each has a second address for its high byte where registers have 8 bits.
-constexpr LONG kWindowBase = 0x30;
+constexpr LONG kWindowBase = Chosen(0x30);
 constexpr LONG kLeft = 0;  // sensor pixels
 constexpr LONG kTop = 2;
 constexpr LONG kColumns = 4;  // of the picture
@@ -27,7 +27,7 @@ class Property : public ModelProperty<Registers> {
   LONG InitializeCamera() override {
     this->SetDigitalGlobalGain(this->Record(kDigitalGlobalGain).current);
     this->SetShutter(this->Record(kShutter).current);
-    return 1;
+    return ModelProperty<Registers>::InitializeCamera();
   }
 
  protected:
@@ -76,7 +76,7 @@ class PlainMap : public Property<Registers> {
 /// The commonest: shutter in the timing generator, gain in the front end. What lies above the shutter's bits
 /// are commands to the generator.
 template <class Registers, LONG kShutterCommand = 0>
-using Map9A04 =
-    PlainMap<Registers, SettingRegister{0x9A, 0x1FFF, kShutterCommand}, SettingRegister{0x04, 0x3FF}>;
+using Map9A04 = PlainMap<Registers, SettingRegister{Documented(0x9A), 0x1FFF, kShutterCommand},
+                         SettingRegister{Documented(0x04), 0x3FF}>;
 
 }  // namespace zel::ccd

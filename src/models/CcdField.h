@@ -5,8 +5,8 @@
 /// The register map of the 5-megapixel CCD cameras: 8-bit registers, lines counted in fields.
 namespace zel::ccdfield {
 
-constexpr LONG kGainLow = 0x02;
-constexpr LONG kGainHigh = 0x03;
+constexpr LONG kGainLow = Documented(0x02);
+constexpr LONG kGainHigh = Documented(0x03);
 constexpr LONG kGainMask = 0x3FF;
 
 template <class Registers>

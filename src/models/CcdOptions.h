@@ -23,8 +23,9 @@ class Triggered : public Map {
   explicit Triggered(LONG type) : Map(type) { this->OfferSwitch(kExtTrigger); }
 
  private:
-  static constexpr LONG kTriggerSource = 0x20;  // 0: the generator itself, 1: the line
-  static constexpr LONG kReadoutStart = 0x21;   // 0: without pause, 1: after an exposure that a pulse began
+  static constexpr LONG kTriggerSource = Documented(0x20);  // 0: the generator itself, 1: the line
+  static constexpr LONG kReadoutStart =
+      Documented(0x21);  // 0: without pause, 1: after an exposure that a pulse began
 };
 
 /// The front end's analogue amplifier, in tenths of a dB.
@@ -42,7 +43,7 @@ class AnalogGain : public Map {
   }
 
  private:
-  static constexpr LONG kRegister = 0x08;
+  static constexpr LONG kRegister = Documented(0x08);
   static constexpr LONG kHighest = 0xFF;
 };
 
@@ -60,7 +61,7 @@ class HalfClock : public Map {
   explicit HalfClock(LONG type) : Map(type) { this->OfferSwitch(kHalfClock); }
 
  private:
-  static constexpr LONG kClockDivider = 0x22;
+  static constexpr LONG kClockDivider = Chosen(0x22);
 };
 
 }  // namespace zel::ccd

@@ -5,10 +5,10 @@
 /// The register map of CCD cameras whose shutter and gain are split over pairs of 8-bit registers.
 namespace zel::ccdsplit {
 
-constexpr LONG kGainLow = 0x06;
-constexpr LONG kGainHigh = 0x07;
-constexpr LONG kShutterLow = 0x9E;   // 6 bits
-constexpr LONG kShutterHigh = 0x9F;  // 6 bits
+constexpr LONG kGainLow = Documented(0x06);
+constexpr LONG kGainHigh = Documented(0x07);
+constexpr LONG kShutterLow = Documented(0x9E);   // 6 bits
+constexpr LONG kShutterHigh = Documented(0x9F);  // 6 bits
 constexpr LONG kShutterMask = 0xFFF;
 
 /// `kGainBits` of gain, `kGainLowBits` of them in the lower register.

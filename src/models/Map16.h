@@ -6,34 +6,34 @@
 /// shutter in lines and gain.
 namespace zel::map16 {
 
-constexpr LONG kRowStart = 0x01;
-constexpr LONG kColumnStart = 0x02;
-constexpr LONG kRowSize = 0x03;      // rows - 1
-constexpr LONG kColumnSize = 0x04;   // columns - 1
-constexpr LONG kShutterHigh = 0x08;  // lines, bits 16 to 19
-constexpr LONG kShutterLines = 0x09;
-constexpr LONG kClockControl = 0x0A;
-constexpr LONG kReadMode1 = 0x1E;
-constexpr LONG kReadMode2 = 0x20;
-constexpr LONG kFineGain = 0x2F;  // where the gain has 11 bits
-constexpr LONG kGain = 0x35;
-constexpr LONG kThreshControl = 0x5F;
+constexpr LONG kRowStart = Documented(0x01);
+constexpr LONG kColumnStart = Documented(0x02);
+constexpr LONG kRowSize = Documented(0x03);      // rows - 1
+constexpr LONG kColumnSize = Documented(0x04);   // columns - 1
+constexpr LONG kShutterHigh = Documented(0x08);  // lines, bits 16 to 19
+constexpr LONG kShutterLines = Documented(0x09);
+constexpr LONG kClockControl = Chosen(0x0A);
+constexpr LONG kReadMode1 = Documented(0x1E);
+constexpr LONG kReadMode2 = Documented(0x20);
+constexpr LONG kFineGain = Documented(0x2F);  // where the gain has 11 bits
+constexpr LONG kGain = Documented(0x35);
+constexpr LONG kThreshControl = Documented(0x5F);
 
-constexpr LONG kHalfClockBit = 0x0001;       // of kClockControl
-constexpr LONG kTriggerBit = 0x0100;         // of kReadMode1
-constexpr LONG kStrobeBit = 0x0200;          // of kReadMode1: the sensor's flash output
-constexpr LONG kMirrorRowsBit = 0x8000;      // of kReadMode2: vertical mirror
-constexpr LONG kMirrorColumnsBit = 0x4000;   // of kReadMode2: horizontal mirror
-constexpr LONG kMirrorRowsOffMask = 0x7F7F;  // bit 7 belongs to the vertical mirror and goes with it
-constexpr LONG kAutoThreshBit = 0x0080;      // of kThreshControl
+constexpr LONG kHalfClockBit = Chosen(0x0001);           // of kClockControl
+constexpr LONG kTriggerBit = Documented(0x0100);         // of kReadMode1
+constexpr LONG kStrobeBit = Documented(0x0200);          // of kReadMode1: the sensor's flash output
+constexpr LONG kMirrorRowsBit = Documented(0x8000);      // of kReadMode2: vertical mirror
+constexpr LONG kMirrorColumnsBit = Documented(0x4000);   // of kReadMode2: horizontal mirror
+constexpr LONG kMirrorRowsOffMask = Documented(0x7F7F);  // bit 7 goes with the vertical mirror
+constexpr LONG kAutoThreshBit = Documented(0x0080);      // of kThreshControl
 
 constexpr SensorSwitches kSwitches{.horMirror = {kReadMode2, kMirrorColumnsBit},
                                    .verMirror = {kReadMode2, kMirrorRowsBit},
                                    .trigger = {kReadMode1, kTriggerBit}};
 
 // Dark columns and rows before the picture.
-constexpr LONG kFirstColumn = 20;
-constexpr LONG kFirstRow = 12;
+constexpr LONG kFirstColumn = Documented(20);
+constexpr LONG kFirstRow = Documented(12);
 
 struct ReadModes {
   LONG mode1 = 0;

@@ -8,27 +8,27 @@
 /// sub-sampling in one read mode.
 namespace zel::map3040 {
 
-constexpr LONG kShutterHigh = 0x0200;  // lines, bits 16 to 19
-constexpr LONG kCoarseShutter = 0x0202;
-constexpr LONG kPixelClockDivider = 0x0302;
-constexpr LONG kOutputClockDivider = 0x030A;
-constexpr LONG kColumnStart = 0x0344;
-constexpr LONG kRowStart = 0x0346;
-constexpr LONG kColumns = 0x034C;  // of the picture
-constexpr LONG kRows = 0x034E;
-constexpr LONG kNativeShutter = 0x3012;
-constexpr LONG kReadMode = 0x3040;
-constexpr LONG kGain = 0x305E;
-constexpr LONG kFlashControl = 0x3270;
+constexpr LONG kShutterHigh = Chosen(0x0200);  // lines, bits 16 to 19
+constexpr LONG kCoarseShutter = Documented(0x0202);
+constexpr LONG kPixelClockDivider = Documented(0x0302);
+constexpr LONG kOutputClockDivider = Documented(0x030A);
+constexpr LONG kColumnStart = Chosen(0x0344);
+constexpr LONG kRowStart = Chosen(0x0346);
+constexpr LONG kColumns = Chosen(0x034C);  // of the picture
+constexpr LONG kRows = Chosen(0x034E);
+constexpr LONG kNativeShutter = Documented(0x3012);
+constexpr LONG kReadMode = Documented(0x3040);
+constexpr LONG kGain = Documented(0x305E);
+constexpr LONG kFlashControl = Chosen(0x3270);
 
-constexpr LONG kMirrorRowsBit = 0x8000;     // of kReadMode: vertical mirror
-constexpr LONG kMirrorColumnsBit = 0x4000;  // of kReadMode: horizontal mirror
-constexpr int kColumnStepShift = 6;         // of kReadMode: step from pair to pair, 1, 3 or 7
+constexpr LONG kMirrorRowsBit = Chosen(0x8000);     // of kReadMode: vertical mirror
+constexpr LONG kMirrorColumnsBit = Chosen(0x4000);  // of kReadMode: horizontal mirror
+constexpr int kColumnStepShift = 6;                 // of kReadMode: step from pair to pair, 1, 3 or 7
 constexpr int kRowStepShift = 0;
-constexpr LONG kFlashBit = 0x0001;  // of kFlashControl: fires on the first output of the I/O port
+constexpr LONG kFlashBit = Chosen(0x0001);  // of kFlashControl: fires on the first output of the I/O port
 
-constexpr LONG kFullClock = 1;  // both dividers
-constexpr LONG kHalfClock = 2;
+constexpr LONG kFullClock = Chosen(1);  // both dividers
+constexpr LONG kHalfClock = Chosen(2);
 
 /// Mantissa in bits 0 to 9, exponent in bits 12 to 14.
 constexpr LONG ExponentGain(LONG gain) {
@@ -55,7 +55,7 @@ class Property : public SwitchedProperty<FamilyProperty> {
  public:
   LONG InitializeCamera() override {
     shutterHigh_ = 0;
-    return 1;
+    return SwitchedProperty<FamilyProperty>::InitializeCamera();
   }
 
   HRESULT SetShutter(LONG lines) override {

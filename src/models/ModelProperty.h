@@ -7,6 +7,7 @@
 
 #include "models/CaptureWindow.h"
 #include "models/ModelTable.h"
+#include "models/RegisterSource.h"
 #include "property/CZELDevicePropertyImpl.h"
 #include "property/OutParameter.h"
 
@@ -59,6 +60,16 @@ class ModelProperty : public FamilyProperty {
   HRESULT Adjust(LONG id, LONG value, LONG mask, Program program) {
     if (this->Record(id).supported == 0) return E_NOTIMPL;
     value = FamilyProperty::kMasksSettings ? value & mask : Clamped(id, value);
+    const HRESULT result = program(value);
+    return FAILED(result) ? result : FamilyProperty::SetProperty(id, value);
+  }
+
+  /// The same for sensors of a masking family where nothing says which bits a register has: what the store
+  /// will refuse is not sent.
+  template <class Program>
+  HRESULT AdjustInRange(LONG id, LONG value, Program program) {
+    if (this->Record(id).supported == 0) return E_NOTIMPL;
+    if (value != Clamped(id, value)) return E_INVALIDARG;
     const HRESULT result = program(value);
     return FAILED(result) ? result : FamilyProperty::SetProperty(id, value);
   }

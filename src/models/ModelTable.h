@@ -3,6 +3,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "platform/ComponentTypes.h"
 
@@ -31,6 +32,10 @@ struct SettingRange {
 struct ModelRow {
   LONG type;
   Family family;
+  /// Settings whose registers the camera's documentation gives: (s)hutter, (g)ain, (a)nalogue gain,
+  /// (h)orizontal and (v)ertical mirror, (t)rigger, half (c)lock, (f)lash output, automatic threshold (x),
+  /// (w)indow, su(b)-sampling. The registers of all else that the type offers were chosen here.
+  std::string_view documented;
   SensorSize full;
   std::optional<SensorSize> smallest;  ///< least window
   std::optional<SettingRange> gain;
@@ -46,6 +51,8 @@ std::span<const ModelRow> AllModels();
 /// The row of a type 0..98; throws std::out_of_range for any other.
 const ModelRow& ModelOf(LONG type);
 
+/// Whether the registers of a setting are documented for a type; see `ModelRow::documented`.
+bool IsDocumented(LONG type, LONG id);
 /// "SATA", "USB 2.0", "USB 3.0", "WOM", "USB3T2".
 const char* FamilyName(Family family);
 

@@ -6,17 +6,17 @@
 /// read mode.
 namespace zel::wide_vga {
 
-constexpr LONG kColumnStart = 0x01;
-constexpr LONG kRowStart = 0x02;
-constexpr LONG kRows = 0x03;
-constexpr LONG kColumns = 0x04;
-constexpr LONG kShutterLines = 0x0B;
-constexpr LONG kReadMode = 0x0D;
-constexpr LONG kGain = 0x35;
+constexpr LONG kColumnStart = Chosen(0x01);
+constexpr LONG kRowStart = Chosen(0x02);
+constexpr LONG kRows = Chosen(0x03);
+constexpr LONG kColumns = Chosen(0x04);
+constexpr LONG kShutterLines = Documented(0x0B);
+constexpr LONG kReadMode = Documented(0x0D);
+constexpr LONG kGain = Documented(0x35);
 
-constexpr LONG kMirrorRowsBit = 0x0010;     // of kReadMode
-constexpr LONG kMirrorColumnsBit = 0x0020;  // of kReadMode
-constexpr LONG kBinningMask = 0x000F;       // of kReadMode: rows in bits 0 and 1, columns in 2 and 3
+constexpr LONG kMirrorRowsBit = Chosen(0x0010);     // of kReadMode
+constexpr LONG kMirrorColumnsBit = Chosen(0x0020);  // of kReadMode
+constexpr LONG kBinningMask = Chosen(0x000F);       // of kReadMode: rows in bits 0 and 1, columns in 2 and 3
 
 constexpr LONG kShutterMask = 0x7FFF;
 constexpr LONG kGainMask = 0x7F;

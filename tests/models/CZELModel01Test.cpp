@@ -81,6 +81,7 @@ TEST_F(CZELModel01, WindowsOfSensorAndStore) {
       {{5, 7, 101, 51}, {5, 7, 101, 51}, "write 1=1A; write 2=24; write 3=33; write 4=65; "},
       {{2047, 1535, 100, 100}, {2045, 1533, 3, 3}, "write 1=610; write 2=81C; write 3=3; write 4=3; "},
       {{5, 7, 2, 51}, {2045, 1533, 3, 3}, "write 1=610; write 2=81C; write 3=3; write 4=3; "},
+      {{100, 50, 3, 51}, {100, 50, 3, 51}, "write 1=46; write 2=84; write 3=33; write 4=3; "},
       {{-9, -9, 4, 0x7FFFFFFF}, {0, 0, 4, 1536}, "write 1=14; write 2=20; write 3=5FF; write 4=3; "},
       {{2047, 0, 0x7FFFFFFF, 3}, {2045, 0, 3, 3}, "write 1=14; write 2=81C; write 3=3; write 4=3; "},
   };

@@ -149,7 +149,7 @@ TEST(AutoExposure, NextStep) {
               {120, 150, {16383, 63}, {2000, 60}}, {120, 116, {0, 0}, {80, 10}},
               {120, 120, {16383, 63}, {16383, 63}}};
   for (const auto& row : rows) {
-    const Exposure next = NextExposure(row.target, row.mean, row.now);
+    const Exposure next = NextExposure({}, row.target, row.mean, row.now);
     EXPECT_EQ(next, row.next) << row.mean << ": " << next.shutter << ' ' << next.gain;
   }
 }

@@ -150,27 +150,27 @@ TEST(CcdCameras, SubSamplingHalvesThePicture) {
   }
 }
 
-/// The shutter's range follows the readout: the lines of the whole frame with its blanking, or half of them.
-TEST(CcdCameras, BinningCcdsFitTheirShutter) {
-  const struct {
-    LONG type, longest, longestBinned;
-  } rows[] = {{75, 4455, 2228}, {76, 1823, 912}, {78, 3335, 1668}, {79, 1151, 576},
-              {80, 1271, 636},  {81, 1095, 548}, {83, 2522, 1261}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.type);
-    OpenedCamera camera(row.type);
-    const auto range = [&] {
-      const PropertyRecord& shutter = camera.Property().Record(kShutter);
-      return std::pair(shutter.minimum, shutter.maximum);
+/// `Play` and binning leave the exposure as it was set, whatever the frame. Only type 78's shutter follows
+/// its readout.
+TEST(CcdCameras, BinningCcdsKeepTheirExposure) {
+  for (const LONG type : {75, 76, 79, 80, 81, 83}) {
+    SCOPED_TRACE(type);
+    OpenedCamera camera(type);
+    const SettingRange range = *ModelOf(type).shutter;
+    const auto shutter = [&] {
+      const PropertyRecord& record = camera.Property().Record(kShutter);
+      return std::array{record.minimum, record.maximum, record.current};
     };
-    RawPicture(camera, {0, 0, 64, 48});
-    EXPECT_EQ(range(), std::pair(LONG{1}, row.longest));
-    camera.Property().SetShutter(9999);
-    EXPECT_EQ(camera.Property().SetModelValue4(1), S_OK);
-    EXPECT_EQ(range(), std::pair(LONG{1}, row.longestBinned));
-    EXPECT_EQ(camera.Property().Record(kShutter).current, row.longestBinned);
+    for (const LONG lines : {range.maximum, LONG{1000}}) {
+      EXPECT_EQ(camera.Property().SetShutter(lines), S_OK);
+      for (const LONG binned : {0, 0, 1, 1, 0}) {
+        EXPECT_EQ(camera.Property().SetModelValue4(binned), S_OK);
+        EXPECT_EQ(RawPicture(camera, {0, 0, 64, 48}).size(), 64u * (48u >> binned));
+        EXPECT_EQ(shutter(), (std::array{range.minimum, range.maximum, lines}));
+      }
+    }
     EXPECT_EQ(camera.Property().SetModelValue5(1), S_OK);
-    EXPECT_EQ(RawPicture(camera, {0, 0, 64, 48}).size(), 32u * 24u);
+    EXPECT_EQ(RawPicture(camera, {0, 0, 64, 48}).size(), 32u * 48u);
   }
 }
 

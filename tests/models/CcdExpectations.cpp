@@ -10,7 +10,7 @@ using P = CZELDeviceProperty;
 constexpr Expectation kCcd[] = {
     // USB 2.0: cut to the register's bits, programmed, then refused when beyond the range.
     {11, kShutterSetter, 300, "write 19A=12C", kShutter, 300},
-    {11, kGainSetter, 800, "write 104=320", kDigitalGlobalGain, 20, E_INVALIDARG},
+    {11, kGainSetter, 800, "", kDigitalGlobalGain, 20, E_INVALIDARG},
     {11, kTriggerSetter, 1, "write 20=1; write 21=1", kExtTrigger, 1},
     {11, kHalfClockSetter, 1, "write 22=1", kHalfClock, 1},
     {12, kShutterSetter, 300, "write 9E=2C; write 9F=4", kShutter, 300},
@@ -67,7 +67,7 @@ constexpr Expectation kCcd[] = {
     {41, kTriggerSetter, 0, "write 20=0; write 21=0", kExtTrigger, 0},
     {56, kShutterSetter, 1068, "write 9E=2C; write 9F=10", kShutter, 1068},
     {56, kGainSetter, 64, "write 6=0; write 7=1", kDigitalGlobalGain, 64},
-    {57, kShutterSetter, 2, "write 19A=2", kShutter, 3, E_INVALIDARG},
+    {57, kShutterSetter, 2, "", kShutter, 3, E_INVALIDARG},
     {57, kAnalogGainSetter, 16, "write 8=10", kAnalogGlobalGain, 16},
     {57, kTriggerSetter, 1, "write 20=1; write 21=1", kExtTrigger, 1},
     {74, kShutterSetter, 8, "write 19A=8", kShutter, 8},
@@ -75,7 +75,7 @@ constexpr Expectation kCcd[] = {
     {74, kTriggerSetter, 1, "", kExtTrigger, 0, E_NOTIMPL},
     // Chips with picture processing.
     {16, kShutterSetter, 0x1234, "write 20=12; write 21=34", kShutter, 0x1234},
-    {16, kGainSetter, 192, "write 22=0; write 23=C0", kDigitalGlobalGain, 63, E_INVALIDARG},
+    {16, kGainSetter, 192, "", kDigitalGlobalGain, 63, E_INVALIDARG},
     {16, kHorMirrorSetter, 1, "read 24=0; write 24=1", kHorMirror, 1},
     {16, kVerMirrorSetter, 1, "read 24=0; write 24=2", kVerMirror, 1},
     {16, &P::SetWhitePixelCanceling, 1, "write 30=1", kWhitePixelCanceling, 1},

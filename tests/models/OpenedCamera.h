@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -41,8 +43,7 @@ class RegisterLog : public PassingDriverHost {
 class OpenedCamera {
  public:
   /// At 0 frames per second a frame comes whenever it is read.
-  explicit OpenedCamera(LONG type, double framesPerSecond = 0, std::vector<SimFault> faults = {})
-      : camera_(CreateDeviceForType(static_cast<std::uint32_t>(type))) {
+  explicit OpenedCamera(LONG type, double framesPerSecond = 0, std::vector<SimFault> faults = {}) {
     SimConfiguration computer;
     computer.faults = std::move(faults);
     const int index = ModelOf(type).family == Family::Sata ? 'E' : 0;
@@ -54,7 +55,15 @@ class OpenedCamera {
     EXPECT_NE(sim_, nullptr) << error;
     log_ = std::make_unique<RegisterLog>(*sim_);
     installed_ = std::make_unique<ScopedDriverHost>(*log_);
-    EXPECT_EQ(camera_->OpenCamera(index), 1);
+    Reopen();
+  }
+
+  /// As another program: with a new object. `meanwhile` is what happens to the closed camera before.
+  void Reopen(const std::function<void(VirtualCamera&)>& meanwhile = {}) {
+    camera_.reset();
+    if (meanwhile) meanwhile(*sim_->Camera(address_));
+    camera_.reset(CreateDeviceForType(static_cast<std::uint32_t>(address_.type)));
+    EXPECT_EQ(camera_->OpenCamera(address_.index), 1);
     log_->Take();
   }
 
@@ -77,6 +86,22 @@ class OpenedCamera {
   void Unplug() { sim_->Camera(address_)->Unplug(); }
   std::string TakeLog() { return log_->Take(); }
   std::uint32_t SleptMs() const { return log_->Slept(); }
+  /// What sensor and controller hold beside zeros; the controller's registers are those from `kFpga` on.
+  std::map<std::uint32_t, std::uint32_t> Registers() {
+    std::map<std::uint32_t, std::uint32_t> registers;
+    const VirtualCamera& sensor = *sim_->Camera(address_);
+    for (std::uint32_t address = 0; address < kFpga; ++address) {
+      if (const std::uint32_t value = sensor.ReadRegister(address); value != 0) registers[address] = value;
+    }
+    for (LONG address = 0; address < 256; ++address) {
+      LONG value = 0;
+      Property().GetFpgaRegister(address, &value);
+      if (value != 0)
+        registers[kFpga + static_cast<std::uint32_t>(address)] = static_cast<std::uint32_t>(value);
+    }
+    return registers;
+  }
+  static constexpr std::uint32_t kFpga = 0x10000;
   std::vector<std::string> ProtocolErrors() { return sim_->Camera(address_)->ProtocolErrors(); }
 
  private:

@@ -279,9 +279,38 @@ TEST(PropertyStore, WindowStaysOnTheSensor) {
   EXPECT_EQ(height, 20);
   EXPECT_EQ(store.GetFullROI(&x, &y, &width, &height), S_OK);
   EXPECT_EQ((std::array<LONG, 4>{x, y, width, height}), (std::array<LONG, 4>{0, 0, 1280, 1024}));
-  EXPECT_EQ(store.SetLargeFrameOption(2), S_OK);
-  store.Edit(kRoiHeight).maximum = 479;
-  EXPECT_EQ(store.SetLargeFrameOption(2), E_NOTIMPL);
+}
+
+TEST(PropertyStore, LargeFramesStartAt640x480) {
+  const struct {
+    LONG width, height;
+    HRESULT result;
+  } rows[] = {{640, 480, S_OK}, {639, 480, E_NOTIMPL}, {640, 479, E_NOTIMPL}};
+  for (const auto& row : rows) {
+    Store store;
+    store.Edit(kRoiWidth).maximum = row.width;
+    store.Edit(kRoiHeight).maximum = row.height;
+    EXPECT_EQ(store.SetLargeFrameOption(2), row.result) << row.width << 'x' << row.height;
+    LONG option = 9;
+    store.GetLargeFrameOption(&option);
+    EXPECT_EQ(option, row.result == S_OK ? 2 : 0);
+  }
+}
+
+/// As cameras have one: what reaches the port by one name is read by the other.
+TEST(PropertyStore, IoPortIsIo) {
+  class WithPort : public Store {
+   public:
+    HRESULT SetIO(LONG value) override { return port = value, 5; }
+    HRESULT GetIO(LONG* value) override { return *value = port, 6; }
+    LONG port = 0;
+  } store;
+  LONG value = 0;
+  EXPECT_EQ(store.SetIOPort(0xC), 5);
+  EXPECT_EQ(store.port, 0xC);
+  EXPECT_EQ(store.GetIOPort(&value), 6);
+  EXPECT_EQ(value, 0xC);
+  EXPECT_EQ(Store().SetIOPort(1), E_NOTIMPL);
 }
 
 TEST(PropertyStore, MosaicPhaseFollowsWindowAndMirrors) {

@@ -25,6 +25,10 @@ class NotingImage : public COrvaneImageImpl32 {
   void SetHue(LONG v) override { Add("hue", v); }
   void SetColorCorrection(LONG v) override { Add("correction", v); }
   std::vector<Note> notes;
+  std::pair<LONG, LONG> DotFilter() const {
+    const FrameSettings settings = Settings();
+    return {settings.tones.dotFilterEnabled, settings.tones.dotFilterThreshold};
+  }
 
  private:
   void Add(const char* what, LONG v) { notes.emplace_back(what, v); }
@@ -72,6 +76,9 @@ TEST_F(PropertyPush, SettingsReachTheRunningImage) {
   store.SetSaturation(4);
   store.SetHue(359);
   store.SetColorCorrection(0);
+  store.SetDotFilterEnabled(1);
+  store.SetDotFilterThreshold(77);
+  EXPECT_EQ(image->DotFilter(), (std::pair<LONG, LONG>(1, 77)));
   const std::vector<Note> sent = {{"colorful", 1},   {"gamma", 45}, {"contrast", -3}, {"brightness", -20},
                                   {"saturation", 4}, {"hue", 359},  {"correction", 0}};
   EXPECT_EQ(image->notes, sent);
@@ -100,13 +107,17 @@ TEST_F(PropertyPush, WhitePixelCancellingOnlyWhereSupported) {
 }
 
 TEST_F(PropertyPush, GainsAreReadBackFromTheRunningImage) {
+  image->SetColorGainR(76);
   image->SetColorGainG(77);
-  LONG value = 0;
-  EXPECT_EQ(store.GetColorGain(kColorGainGreen, &value), S_OK);
-  EXPECT_EQ(value, 77);
-  image.reset();
-  EXPECT_EQ(store.GetColorGain(kColorGainGreen, &value), S_OK);
-  EXPECT_EQ(value, 77);  // and stay known afterwards
+  image->SetColorGainB(78);
+  for (const bool playing : {true, false}) {  // and stay known afterwards
+    if (!playing) image.reset();
+    for (LONG id = kColorGainRed; id <= kColorGainBlue; ++id) {
+      LONG value = 0;
+      EXPECT_EQ(store.GetColorGain(id, &value), S_OK);
+      EXPECT_EQ(value, 76 + id - kColorGainRed);
+    }
+  }
   EXPECT_EQ(store.ApplyColorMatrix(), S_OK);
   store.DetachDevice();
   EXPECT_EQ(store.ApplyColorMatrix(), E_HANDLE);

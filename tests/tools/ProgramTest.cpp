@@ -156,7 +156,8 @@ TEST_F(Program, HelpIsAResult) {
 TEST_F(Program, ThePageOfCameraTypesIsCurrent) {
   std::string page = Contents(kDocs / "cameras.md"), written = Run("types --markdown").out;
   for (std::string* text : {&page, &written}) std::erase(*text, '\r');
-  EXPECT_EQ(std::count(page.begin(), page.end(), '\n'), 99 + 8);
+  for (const char* row : {"| 0 | ZEL SATA", "| 13 | ZEL USB 2.0", "| 98 | ZEL USB3T2", "## Peculiarities"})
+    EXPECT_NE(page.find(row), std::string::npos) << row;
   EXPECT_TRUE(page == written) << "write it anew: zelcam types --markdown > docs/cameras.md";
 }
 

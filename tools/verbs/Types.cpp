@@ -10,7 +10,7 @@
 #include "property/CZELDeviceProperty.h"
 #include "tools/Verb.h"
 #include "tools/support/Output.h"
-#include "tools/support/PropertyNames.h"
+#include "tools/verbs/TypesPage.h"
 
 namespace zel::tool {
 namespace {
@@ -63,38 +63,55 @@ Rows TypeRows() {
   return rows;
 }
 
-/// What only some types offer, by the names of the properties.
-std::string OfferedSettings(LONG type) {
-  static constexpr LONG kOptional[] = {kHorMirror, kVerMirror,  kExtTrigger, kHalfClock,
-                                       kStrobe,    kAutoThresh, kNightMode,  kFocusPosition};
+/// Settings that go to the camera's registers, each with its name on the page.
+struct RegisterSetting {
+  LONG id;
+  const char* name;
+};
+constexpr RegisterSetting kRegisterSettings[] = {
+    {kRoiLeft, "window"},
+    {kSubSampleX, "sub-sampling"},
+    {kShutter, "shutter"},
+    {kDigitalGlobalGain, "gain"},
+    {kAnalogGlobalGain, "analogue gain"},
+    {kHorMirror, "horizontal mirror"},
+    {kVerMirror, "vertical mirror"},
+    {kExtTrigger, "trigger"},
+    {kHalfClock, "half clock"},
+    {kStrobe, "strobe"},
+    {kAutoThresh, "automatic threshold"},
+    {kWhitePixelCanceling, "white pixel cancelling"},
+    {kBlackPixelCanceling, "black pixel cancelling"},
+    {kDenoise, "noise filter"},
+    {kEdgeEnhance, "edge filter"},
+    {kLensCorrection, "lens correction"},
+    {kNightMode, "night mode"},
+    {kFocusPosition, "focus"},
+};
+
+/// Those that a type offers, by whether the camera's documentation gives their registers.
+std::string OfferedSettings(LONG type, bool documented) {
   const std::unique_ptr<CZELDevice> camera(CreateDeviceForType(static_cast<std::uint32_t>(type)));
   std::string offered;
-  for (const PropertyName& property : PropertyNames()) {
-    if (camera == nullptr || std::ranges::find(kOptional, property.id) == std::end(kOptional)) continue;
-    if (camera->GetProperty()->IsPropertySupported(property.id) != S_OK) continue;
-    offered += fmt::format("{}{}", offered.empty() ? "" : ", ", property.name);
+  for (const auto& [id, name] : kRegisterSettings) {
+    if (camera == nullptr || camera->GetProperty()->IsPropertySupported(id) != S_OK) continue;
+    if (IsDocumented(type, id) == documented) offered += (offered.empty() ? "" : ", ") + std::string(name);
   }
   return offered.empty() ? "-" : offered;
 }
 
 void PrintMarkdown() {
   Rows rows = TypeRows();
-  rows.front().push_back("settings");
-  for (const ModelRow& row : AllModels())
-    rows[static_cast<std::size_t>(row.type) + 1].push_back(OfferedSettings(row.type));
+  for (const bool documented : {true, false}) {
+    rows.front().push_back(documented ? "documented registers" : "registers chosen here");
+    for (const ModelRow& row : AllModels())
+      rows[static_cast<std::size_t>(row.type) + 1].push_back(OfferedSettings(row.type, documented));
+  }
   rows.insert(rows.begin() + 1, std::vector<std::string>(rows.front().size(), "---"));
 
-  PrintLine("# Camera types");
-  PrintLine("");
-  PrintLine("Sizes in pixels; gain and shutter in the sensor's own units, for the shutter mostly lines. The");
-  PrintLine(
-      "sub-sampling is the highest code: code k divides the picture's sides by 2 to the power k. \"-\" "
-      "stands");
-  PrintLine(
-      "for what a type leaves as its family has it, or does not offer. Written by `zelcam types "
-      "--markdown`.");
-  PrintLine("");
+  PrintLine(kTypesPageHead);
   for (const auto& row : rows) PrintLine(fmt::format("| {} |", fmt::join(row, " | ")));
+  PrintLine(kTypesPageTail);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ class CZELModel01 : public CZELDeviceImplSATA {
     CPropertyImpl() : SataMap16Property(kType) { OfferSwitch(kStrobe); }
 
    protected:
-    static constexpr LONG kStrobeBit = 0x0200;  // of the first read mode
+    static constexpr LONG kStrobeBit = Documented(0x0200);  // of the first read mode
 
     LONG ApplyPostPrepare() override { return ApplyTriggerBit(map16::kReadMode1, map16::kTriggerBit); }
 

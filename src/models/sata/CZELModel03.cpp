@@ -6,24 +6,24 @@
 namespace zel {
 namespace {
 
-constexpr WindowRegisters kWindow{.rowStart = 0x02,
-                                  .columnStart = 0x01,
-                                  .rowSize = 0x03,
-                                  .columnSize = 0x04,
+constexpr WindowRegisters kWindow{.rowStart = Chosen(0x02),
+                                  .columnStart = Chosen(0x01),
+                                  .rowSize = Chosen(0x03),
+                                  .columnSize = Chosen(0x04),
                                   .firstRow = 4,
                                   .firstColumn = 1,
                                   .sizeOffset = 1};
-constexpr LONG kHorBlanking = 0x05, kHorBlankingClocks = 94;
-constexpr LONG kVerBlanking = 0x06, kVerBlankingRows = 45;
-constexpr LONG kShutterLines = 0x0B;
-constexpr LONG kReadMode = 0x0D;
-constexpr LONG kGain = 0x35;
-constexpr LONG kAutomatics = 0xAF;  // 0: the sensor leaves gain and exposure to the host
+constexpr LONG kHorBlanking = Chosen(0x05), kHorBlankingClocks = 94;
+constexpr LONG kVerBlanking = Chosen(0x06), kVerBlankingRows = 45;
+constexpr LONG kShutterLines = Chosen(0x0B);
+constexpr LONG kReadMode = Chosen(0x0D);
+constexpr LONG kGain = Chosen(0x35);
+constexpr LONG kAutomatics = Chosen(0xAF);  // 0: the sensor leaves gain and exposure to the host
 
 // Of the read mode: rows and columns are summed by 2 to the power of these.
 constexpr LONG kBinRowsShift = 0, kBinColumnsShift = 2;
 constexpr LONG kBinCodes = 0x3;
-constexpr LONG kMirrorRowsBit = 0x10, kMirrorColumnsBit = 0x20;
+constexpr LONG kMirrorRowsBit = Chosen(0x10), kMirrorColumnsBit = Chosen(0x20);
 
 }  // namespace
 

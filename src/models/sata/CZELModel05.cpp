@@ -5,12 +5,12 @@ namespace zel {
 namespace {
 
 // Each takes two addresses, the high byte first.
-constexpr LONG kShutterLines = 0x10;
-constexpr LONG kGain = 0x16;
-constexpr WindowRegisters kWindow{.rowStart = 0x20,
-                                  .columnStart = 0x22,
-                                  .rowSize = 0x24,
-                                  .columnSize = 0x26,
+constexpr LONG kShutterLines = Chosen(0x10);
+constexpr LONG kGain = Chosen(0x16);
+constexpr WindowRegisters kWindow{.rowStart = Chosen(0x20),
+                                  .columnStart = Chosen(0x22),
+                                  .rowSize = Chosen(0x24),
+                                  .columnSize = Chosen(0x26),
                                   .firstRow = 8,
                                   .firstColumn = 16};
 

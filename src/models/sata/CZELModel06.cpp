@@ -6,16 +6,16 @@ namespace {
 
 // The front end's gain and the timing generator's shutter: 6 bits in the first register, the rest in the
 // next.
-constexpr LONG kGainLow = 0x06, kGainHigh = 0x07;
-constexpr LONG kShutterLow = 0x9E, kShutterHigh = 0x9F;
+constexpr LONG kGainLow = Chosen(0x06), kGainHigh = Chosen(0x07);
+constexpr LONG kShutterLow = Chosen(0x9E), kShutterHigh = Chosen(0x9F);
 constexpr LONG kLowBits = 6;
 constexpr LONG kLowMask = (1 << kLowBits) - 1;
 
 // Of the timing generator, behind the dummy lines and columns of the chip.
-constexpr WindowRegisters kWindow{.rowStart = 0x90,
-                                  .columnStart = 0x92,
-                                  .rowSize = 0x94,
-                                  .columnSize = 0x96,
+constexpr WindowRegisters kWindow{.rowStart = Chosen(0x90),
+                                  .columnStart = Chosen(0x92),
+                                  .rowSize = Chosen(0x94),
+                                  .columnSize = Chosen(0x96),
                                   .firstRow = 10,
                                   .firstColumn = 40};
 

@@ -5,11 +5,11 @@ namespace zel {
 namespace {
 
 // Registers of 24 bits.
-constexpr LONG kGain = 0x04;
-constexpr LONG kTrigger = 0x20;
-constexpr LONG kTriggerDelay = 0x21;  // lines
-constexpr LONG kShutterLines = 0x9A;
-constexpr LONG kShutterOn = 0x802000;  // goes with the shutter's lines
+constexpr LONG kGain = Chosen(0x04);
+constexpr LONG kTrigger = Chosen(0x20);
+constexpr LONG kTriggerDelay = Chosen(0x21);  // lines
+constexpr LONG kShutterLines = Chosen(0x9A);
+constexpr LONG kShutterOn = Chosen(0x802000);  // goes with the shutter's lines
 
 // Transfer bits.
 constexpr LONG kEightBits = 0;

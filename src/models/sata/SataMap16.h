@@ -24,12 +24,12 @@ class SataMap16Property : public SataModelProperty {
                                            .columnSize = map16::kColumnSize,
                                            .firstRow = 20,
                                            .firstColumn = 32};
-  static constexpr LONG kHorBlanking = 0x05, kHorBlankingClocks = 21;
-  static constexpr LONG kVerBlanking = 0x06, kVerBlankingRows = 3;
-  static constexpr LONG kShutterHigh = 0x08;
-  static constexpr LONG kRowMode = 0x22, kColumnMode = 0x23;
-  static constexpr LONG kModeOthers = 0xFFC0;  // of the two modes: not sub-sampling
-  static constexpr LONG kAutomatics = 0xAF;    // 0: the sensor leaves gain and exposure to the host
+  static constexpr LONG kHorBlanking = Documented(0x05), kHorBlankingClocks = 21;
+  static constexpr LONG kVerBlanking = Documented(0x06), kVerBlankingRows = 3;
+  static constexpr LONG kShutterHigh = Documented(0x08);
+  static constexpr LONG kRowMode = Documented(0x22), kColumnMode = Documented(0x23);
+  static constexpr LONG kModeOthers = 0xFFC0;            // of the two modes: not sub-sampling
+  static constexpr LONG kAutomatics = Documented(0xAF);  // 0: the sensor leaves gain and exposure to the host
 
   explicit SataMap16Property(LONG type) : SataModelProperty(type) {
     for (const LONG id : {kHorMirror, kVerMirror}) OfferSwitch(id);

@@ -13,12 +13,19 @@ class CZELModel09 : public UsbModel<CZELModel09> {
 
   class CPropertyImpl : public wide_vga::UsbSensor {
    public:
-    CPropertyImpl() : Property(kType) { OfferSwitches({kHorMirror, kVerMirror}); }
+    CPropertyImpl() : Property(kType) { OfferSwitches({kHorMirror, kVerMirror, kAuxValue3, kAuxValue4}); }
 
-    HRESULT SetAuxValue3(LONG on) override { return SetAuxLine(*this, kAuxLine3, on); }
+    HRESULT SetAuxValue3(LONG on) override { return Switch(kAuxValue3, kAuxLine3, on); }
     HRESULT GetAuxValue3(LONG* on) override { return GetAuxLine(*this, kAuxLine3, on); }
-    HRESULT SetAuxValue4(LONG on) override { return SetAuxLine(*this, kAuxLine4, on); }
+    HRESULT SetAuxValue4(LONG on) override { return Switch(kAuxValue4, kAuxLine4, on); }
     HRESULT GetAuxValue4(LONG* on) override { return GetAuxLine(*this, kAuxLine4, on); }
+
+   private:
+    HRESULT Switch(LONG id, const AuxLine& line, LONG on) {
+      const HRESULT result = SetAuxLine(*this, line, on);
+      if (SUCCEEDED(result)) Edit(id).current = on != 0;
+      return result;
+    }
   };
 
   CPropertyImpl property_;

@@ -13,7 +13,7 @@ class CZELModel13 : public UsbModel<CZELModel13> {
   class CPropertyImpl : public map16::UsbSensor {
    public:
     CPropertyImpl() : UsbSensor(kType) {
-      OfferSwitch(kAutoThresh);
+      OfferSwitches({kAutoThresh, kAuxValue3});
       settings_.inputFormat = 0;
       SetOutputFormat(5);
     }
@@ -26,7 +26,7 @@ class CZELModel13 : public UsbModel<CZELModel13> {
 
     HRESULT SetAuxValue3(LONG on) override {
       const HRESULT result = SetAuxLine(*this, kAuxLine3, on);
-      if (SUCCEEDED(result)) auxOutput_ = on != 0;
+      if (SUCCEEDED(result)) Edit(kAuxValue3).current = auxOutput_ = on != 0;
       return result;
     }
     HRESULT GetAuxValue3(LONG* on) override { return GetAuxLine(*this, kAuxLine3, on); }

@@ -10,20 +10,20 @@ struct Correction {
   LONG highest;
 };
 
-constexpr Correction kWhitePixels = {kWhitePixelCanceling, 0x30, 1};
-constexpr Correction kBlackPixels = {kBlackPixelCanceling, 0x31, 1};
-constexpr Correction kNoise = {kDenoise, 0x32, 3};
-constexpr Correction kEdges = {kEdgeEnhance, 0x33, 7};
-constexpr Correction kShading = {kLensCorrection, 0x34, 1};
-constexpr Correction kNight = {kNightMode, 0x35, 1};  // frames may take longer than the line allows
+constexpr Correction kWhitePixels = {kWhitePixelCanceling, Chosen(0x30), 1};
+constexpr Correction kBlackPixels = {kBlackPixelCanceling, Chosen(0x31), 1};
+constexpr Correction kNoise = {kDenoise, Chosen(0x32), 3};
+constexpr Correction kEdges = {kEdgeEnhance, Chosen(0x33), 7};
+constexpr Correction kShading = {kLensCorrection, Chosen(0x34), 1};
+constexpr Correction kNight = {kNightMode, Chosen(0x35), 1};  // frames may take longer than the line allows
 
 // The chip's tone controls, for its own statistics.
-constexpr LONG kGammaTable = 0x36;
-constexpr LONG kSaturationIn = 0x37;  // two's complement
-constexpr LONG kBrightnessHigh = 0x38;
-constexpr LONG kBrightnessLow = 0x39;  // both in two's complement
+constexpr LONG kGammaTable = Chosen(0x36);
+constexpr LONG kSaturationIn = Chosen(0x37);  // two's complement
+constexpr LONG kBrightnessHigh = Chosen(0x38);
+constexpr LONG kBrightnessLow = Chosen(0x39);  // both in two's complement
 
-constexpr LONG kGammaKnees = 0x40;  // a register for each of the programmable gamma's records
+constexpr LONG kGammaKnees = Chosen(0x40);  // a register for each of the programmable gamma's records
 constexpr LONG kHighestKnee = 255;
 constexpr LONG kFirstKnee = kModelFirst;
 constexpr LONG kKnees = 6;

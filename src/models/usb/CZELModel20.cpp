@@ -3,8 +3,8 @@
 namespace zel {
 namespace {
 
-constexpr ccd::SettingRegister kShutterIn = {0x01};
-constexpr ccd::SettingRegister kGainIn = {0x00};
+constexpr ccd::SettingRegister kShutterIn = {Documented(0x01)};
+constexpr ccd::SettingRegister kGainIn = {Documented(0x00)};
 
 }  // namespace
 

@@ -3,7 +3,7 @@
 namespace zel {
 namespace {
 
-constexpr LONG kShutterLines = 0x00;
+constexpr LONG kShutterLines = Documented(0x00);
 
 }  // namespace
 

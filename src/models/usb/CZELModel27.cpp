@@ -3,8 +3,8 @@
 namespace zel {
 namespace {
 
-constexpr ccd::SettingRegister kShutterIn = {0x0D};
-constexpr ccd::SettingRegister kGainIn = {0x02};
+constexpr ccd::SettingRegister kShutterIn = {Documented(0x0D)};
+constexpr ccd::SettingRegister kGainIn = {Documented(0x02)};
 
 }  // namespace
 

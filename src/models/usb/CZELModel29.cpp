@@ -4,8 +4,8 @@
 namespace zel {
 namespace {
 
-constexpr ccd::SettingRegister kShutterIn = {0x01, 0x7FF};
-constexpr ccd::SettingRegister kGainIn = {0x00};
+constexpr ccd::SettingRegister kShutterIn = {Documented(0x01), 0x7FF};
+constexpr ccd::SettingRegister kGainIn = {Documented(0x00)};
 
 }  // namespace
 

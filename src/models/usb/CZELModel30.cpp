@@ -4,9 +4,9 @@
 namespace zel {
 namespace {
 
-constexpr LONG kReadoutOrder = 0x0A;
-constexpr LONG kColumnsBackwards = 1;  // of kReadoutOrder
-constexpr LONG kLinesBackwards = 2;
+constexpr LONG kReadoutOrder = Chosen(0x0A);
+constexpr LONG kColumnsBackwards = Chosen(1);  // of kReadoutOrder
+constexpr LONG kLinesBackwards = Chosen(2);
 
 }  // namespace
 

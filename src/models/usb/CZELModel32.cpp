@@ -5,7 +5,7 @@ namespace zel {
 namespace {
 
 // Pixel clocks of a line; the long one halves the rate for hosts that can't keep up with large frames.
-constexpr LONG kLineLength = 0x0342;
+constexpr LONG kLineLength = Chosen(0x0342);
 constexpr LONG kUsualLine = 3888;
 constexpr LONG kLongLine = 7776;
 
@@ -24,7 +24,7 @@ class CZELModel32 : public UsbModel<CZELModel32> {
         : StrobePort(kType, {.leastLines = 1,
                              .gainMask = 0x7FFF,
                              .gainCode = map3040::ExponentGain,
-                             .trigger = {0x3160, 0x0001}}) {
+                             .trigger = {Documented(0x3160), Chosen(0x0001)}}) {
       OfferSwitches({kHorMirror, kVerMirror});
     }
 

@@ -6,15 +6,15 @@ namespace zel {
 namespace {
 
 // Lines of a field: where its exposure starts, for each of the two fields, and how long it takes.
-constexpr LONG kFirstStartLow = 0xA2;
-constexpr LONG kFirstStartHigh = 0xA3;
-constexpr LONG kLinesLow = 0xA4;
-constexpr LONG kLinesHigh = 0xA5;
-constexpr LONG kSecondStartLow = 0xA6;
-constexpr LONG kSecondStartHigh = 0xA7;
+constexpr LONG kFirstStartLow = Documented(0xA2);
+constexpr LONG kFirstStartHigh = Documented(0xA3);
+constexpr LONG kLinesLow = Documented(0xA4);
+constexpr LONG kLinesHigh = Documented(0xA5);
+constexpr LONG kSecondStartLow = Documented(0xA6);
+constexpr LONG kSecondStartHigh = Documented(0xA7);
 
-constexpr LONG kLatch = 0x80;       // of kLinesHigh: the generator takes all six
-constexpr LONG kFieldLines = 1015;  // 980 and 35 of blanking: exposures end with the field
+constexpr LONG kLatch = Documented(0x80);   // of kLinesHigh: the generator takes all six
+constexpr LONG kFieldLines = Chosen(1015);  // 980 and 35 of blanking: exposures end with the field
 constexpr LONG kShutterMask = 0x7FFF;
 
 }  // namespace

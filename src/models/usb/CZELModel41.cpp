@@ -4,7 +4,7 @@
 namespace zel {
 namespace {
 
-constexpr LONG kSampleFormat = 0x0B;  // 0: the front end's upper 8 bits, 1: all of them
+constexpr LONG kSampleFormat = Chosen(0x0B);  // 0: the front end's upper 8 bits, 1: all of them
 
 }  // namespace
 

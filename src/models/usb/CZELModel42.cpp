@@ -4,13 +4,13 @@ namespace zel {
 namespace {
 
 // Registers of the camera head's picture processor; signed values in two's complement.
-constexpr LONG kSampleFormat = 0x40;  // 0: 8 bits, 1: all of them
-constexpr LONG kColour = 0x41;        // 0: luminance only
-constexpr LONG kSaturationIn = 0x42;
-constexpr LONG kBrightnessIn = 0x43;
-constexpr LONG kContrastIn = 0x44;
-constexpr LONG kHueIn = 0x45;  // degrees
-constexpr LONG kBalance = 0x46;
+constexpr LONG kSampleFormat = Chosen(0x40);  // 0: 8 bits, 1: all of them
+constexpr LONG kColour = Chosen(0x41);        // 0: luminance only
+constexpr LONG kSaturationIn = Chosen(0x42);
+constexpr LONG kBrightnessIn = Chosen(0x43);
+constexpr LONG kContrastIn = Chosen(0x44);
+constexpr LONG kHueIn = Chosen(0x45);  // degrees
+constexpr LONG kBalance = Chosen(0x46);
 
 constexpr LONG kHighestBalance = 255;
 constexpr LONG kEvenBalance = 128;

@@ -13,7 +13,7 @@ class CZELModel87 : public UsbModel<CZELModel87> {
 
   class CPropertyImpl : public ByteExposure<map3040::OwnHalfClock<map3040::UsbSensor>> {
    public:
-    CPropertyImpl() : ByteExposure(kType, map3040::Traits{.trigger = {0x301A, 0x0100}}) {
+    CPropertyImpl() : ByteExposure(kType, map3040::Traits{.trigger = {Documented(0x301A), Chosen(0x0100)}}) {
       OfferSwitch(kVerMirror);
     }
   };

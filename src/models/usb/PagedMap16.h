@@ -34,9 +34,9 @@ class PagedSensor : public StrobedUsbSensor {
   }
 
  private:
-  static constexpr LONG kPageSelect = 0xF0;
-  static constexpr LONG kColourControl = 0x106;
-  static constexpr LONG kBalanceBit = 0x0002;  // of kColourControl
+  static constexpr LONG kPageSelect = Chosen(0xF0);
+  static constexpr LONG kColourControl = Chosen(0x106);
+  static constexpr LONG kBalanceBit = Chosen(0x0002);  // of kColourControl
 
   HRESULT SelectPage(LONG address) {
     const LONG page = address >> 8 & 0xFF;

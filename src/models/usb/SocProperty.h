@@ -8,27 +8,27 @@
 /// first.
 namespace zel {
 
-constexpr LONG kSocWindow = 0x10;  // left, top, columns, rows: two registers each
-constexpr LONG kSocShutterHigh = 0x20;
-constexpr LONG kSocShutterLow = 0x21;
-constexpr LONG kSocGainHigh = 0x22;
-constexpr LONG kSocGainLow = 0x23;
-constexpr LONG kSocReadMode = 0x24;
-constexpr LONG kSocMirrorColumns = 0x01;  // of kSocReadMode
-constexpr LONG kSocMirrorRows = 0x02;
-constexpr LONG kSocWhiteBalance = 0x25;  // 1: the chip balances white
+constexpr LONG kSocWindow = Chosen(0x10);  // left, top, columns, rows: two registers each
+constexpr LONG kSocShutterHigh = Chosen(0x20);
+constexpr LONG kSocShutterLow = Chosen(0x21);
+constexpr LONG kSocGainHigh = Chosen(0x22);
+constexpr LONG kSocGainLow = Chosen(0x23);
+constexpr LONG kSocReadMode = Chosen(0x24);
+constexpr LONG kSocMirrorColumns = Chosen(0x01);  // of kSocReadMode
+constexpr LONG kSocMirrorRows = Chosen(0x02);
+constexpr LONG kSocWhiteBalance = Chosen(0x25);  // 1: the chip balances white
 
 /// Window, exposure, mirrors and white balance.
 class SocProperty : public ModelProperty<ByteRegisters<UsbProperty>> {
  public:
   HRESULT SetShutter(LONG lines) override {
-    return Adjust(kShutter, lines, 0xFFFF,
-                  [this](LONG value) { return SetWord(kSocShutterHigh, value) ? S_OK : E_FAIL; });
+    return AdjustInRange(kShutter, lines,
+                         [this](LONG value) { return SetWord(kSocShutterHigh, value) ? S_OK : E_FAIL; });
   }
 
   HRESULT SetDigitalGlobalGain(LONG gain) override {
-    return Adjust(kDigitalGlobalGain, gain, 0x7FF,
-                  [this](LONG value) { return SetWord(kSocGainHigh, value) ? S_OK : E_FAIL; });
+    return AdjustInRange(kDigitalGlobalGain, gain,
+                         [this](LONG value) { return SetWord(kSocGainHigh, value) ? S_OK : E_FAIL; });
   }
 
   HRESULT SetHorMirror(LONG on) override {

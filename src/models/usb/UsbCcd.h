@@ -32,29 +32,28 @@ class FpgaRegisters : public Registers {
   static constexpr LONG kNotedFrom = 0x100;  // apart from the sensor's own registers
 };
 
-constexpr LONG kFpgaGain = 0x04;
-constexpr LONG kFpgaShutterLines = 0x9A;
-constexpr LONG kFpgaMask = 0xFFFF;
+constexpr LONG kFpgaGain = Chosen(0x04);
+constexpr LONG kFpgaShutterLines = Chosen(0x9A);
 
 /// Shutter and gain in the FPGA.
 template <class Registers>
 class FpgaTimed : public ccd::Property<FpgaRegisters<Registers>> {
  public:
   HRESULT SetShutter(LONG lines) override {
-    return this->Adjust(kShutter, lines, kFpgaMask,
-                        [this](LONG value) { return this->ProgramFpga(kFpgaShutterLines, value); });
+    return this->AdjustInRange(kShutter, lines,
+                               [this](LONG value) { return this->ProgramFpga(kFpgaShutterLines, value); });
   }
 
   HRESULT SetDigitalGlobalGain(LONG gain) override {
-    return this->Adjust(kDigitalGlobalGain, gain, kFpgaMask,
-                        [this](LONG value) { return this->ProgramFpga(kFpgaGain, value); });
+    return this->AdjustInRange(kDigitalGlobalGain, gain,
+                               [this](LONG value) { return this->ProgramFpga(kFpgaGain, value); });
   }
 
  protected:
   using ccd::Property<FpgaRegisters<Registers>>::Property;
 };
 
-constexpr LONG kShutterCommand = 0x802000;  // the timing generator's word "exposure, now"
+constexpr LONG kShutterCommand = Documented(0x802000);  // the timing generator's word "exposure, now"
 
 using SplitCcdProperty = ccd::Triggered<ccd::AnalogGain<ccdsplit::Property<ByteRegisters<UsbProperty>>>>;
 using SplitCcdProperty12Bit =

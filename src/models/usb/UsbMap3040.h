@@ -31,12 +31,12 @@ class PulseTriggeredUsbSensor : public StrobedUsbSensor {
   }
 
  private:
-  static constexpr LONG kPulseDelay = 0x3046;
-  static constexpr LONG kPulseLength = 0x3048;
-  static constexpr LONG kPulseControl = 0x3162;
-  static constexpr LONG kPulseLines = 32;    // shorter pulses are noise
-  static constexpr LONG kPulseStarts = 159;  // bit 7 waits for the pulse
-  static constexpr LONG kFreeRunning = 31;   // the same without it
+  static constexpr LONG kPulseDelay = Documented(0x3046);
+  static constexpr LONG kPulseLength = Documented(0x3048);
+  static constexpr LONG kPulseControl = Documented(0x3162);
+  static constexpr LONG kPulseLines = Documented(32);    // shorter pulses are noise
+  static constexpr LONG kPulseStarts = Documented(159);  // bit 7 waits for the pulse
+  static constexpr LONG kFreeRunning = Chosen(31);       // the same without it
 };
 
 }  // namespace zel::map3040

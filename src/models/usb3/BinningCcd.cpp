@@ -11,22 +11,22 @@ constexpr LONG kShortestShutter = 1;
 constexpr LONG kRegisterMask = 0xFFFF;
 
 // Registers of the analogue front end.
-constexpr LONG kGain = 0x05;
-constexpr LONG kGainAccess = 0x3003;  // 1: the front end takes its next value
+constexpr LONG kGain = Documented(0x05);
+constexpr LONG kGainAccess = Documented(0x3003);  // 1: the front end takes its next value
 
 // Registers of the timing generator.
-constexpr LONG kShutterLines = 0x2004;
-constexpr LONG kWindowLeft = 0x2010;  // the window in sensor pixels
-constexpr LONG kWindowTop = 0x2012;
-constexpr LONG kWindowColumns = 0x2014;
-constexpr LONG kWindowLines = 0x2016;
-constexpr LONG kBinning = 0x2018;
-constexpr LONG kVariantAccess = 0x3000;       // 0: the readout variant may be changed, 1: it is in use
-constexpr LONG kVariantProgressive = 0x3001;  // 1: lines in order, 0: field by field
-constexpr LONG kVariantOddFirst = 0x3002;     // the field of the odd lines comes first
+constexpr LONG kShutterLines = Documented(0x2004);
+constexpr LONG kWindowLeft = Chosen(0x2010);  // the window in sensor pixels
+constexpr LONG kWindowTop = Chosen(0x2012);
+constexpr LONG kWindowColumns = Chosen(0x2014);
+constexpr LONG kWindowLines = Chosen(0x2016);
+constexpr LONG kBinning = Chosen(0x2018);
+constexpr LONG kVariantAccess = Documented(0x3000);  // 0: the readout variant may be changed, 1: it is in use
+constexpr LONG kVariantProgressive = Documented(0x3001);  // 1: lines in order, 0: field by field
+constexpr LONG kVariantOddFirst = Documented(0x3002);     // the field of the odd lines comes first
 
-constexpr LONG kBinLinesBit = 1;  // of kBinning
-constexpr LONG kBinColumnsBit = 2;
+constexpr LONG kBinLinesBit = Chosen(1);  // of kBinning
+constexpr LONG kBinColumnsBit = Chosen(2);
 
 // Bits of the value that selects the readout variant.
 constexpr LONG kAltPathABit = 1;
@@ -44,7 +44,7 @@ BinningCcd::CProperty::CProperty(BinningCcd& camera, const BinningCcdSheet& shee
       camera_(camera),
       sensorWidth_(ModelOf(sheet.type).full.width),
       sensorLines_(ModelOf(sheet.type).full.height),
-      frameShutter_(sensorLines_ + sheet.blankLines),
+      frameLines_(sheet.frameLines),
       readout_{sensorWidth_, sensorLines_ / 2, sensorWidth_, sensorLines_},
       programmed_(Whole()) {}
 
@@ -102,19 +102,11 @@ HRESULT BinningCcd::CProperty::SetBinning(LONG* flag, LONG on) {
 
 // ---- the camera's timing
 
-/// A camera that was just opened has everything at reset.
+/// What the camera does not take now, the next capture preparation tells it again.
 LONG BinningCcd::CProperty::InitializeCamera() {
-  programmed_ = Whole();
-  camera_.programmedVariant_ = 0;
-  camera_.pathPending_ = camera_.Variant() != 0;
+  ProgramTiming(Whole());
+  camera_.pathPending_ = !camera_.ProgramVariant(0) || camera_.Variant() != 0;
   return 1;
-}
-
-/// The camera has no reset command, and its next program expects it as it came.
-HRESULT BinningCcd::CProperty::DetachDevice() {
-  if (programmed_ != Whole()) ProgramTiming(Whole());
-  if (camera_.programmedVariant_ != 0) camera_.ProgramVariant(0);
-  return CZELDevicePropertyImplUSB3::DetachDevice();
 }
 
 void BinningCcd::CProperty::UpdateReadout() {
@@ -123,11 +115,15 @@ void BinningCcd::CProperty::UpdateReadout() {
               .outLines = fieldLines,
               .sensorWidth = sensorWidth_,
               .sensorLines = binLines_ != 0 ? fieldLines : sensorLines_};
+  if (frameLines_ != 0) FitShutter();
+}
+
+void BinningCcd::CProperty::FitShutter() {
   PropertyRecord& shutter = Edit(kShutter);
   const double place = static_cast<double>(Clamped(kShutter, shutter.current)) /
                        std::max<LONG>(shutter.maximum - shutter.minimum, 1);
   shutter.minimum = kShortestShutter;
-  shutter.maximum = binLines_ != 0 ? (frameShutter_ + 1) / 2 : frameShutter_;
+  shutter.maximum = binLines_ != 0 ? (frameLines_ + 1) / 2 : frameLines_;
   const LONG lines = static_cast<LONG>(place * (shutter.maximum - shutter.minimum) + 0.5) + shutter.minimum;
   // Without a camera the next capture preparation brings the value there.
   if (FAILED(SetShutter(lines))) shutter.current = Clamped(kShutter, lines);
@@ -181,7 +177,6 @@ bool BinningCcd::ProgramVariant(LONG variant) {
   for (const auto& [address, value] : writes) {
     if (FAILED(property_.SetRegister(address, value))) return false;
   }
-  programmedVariant_ = variant;
   return true;
 }
 

@@ -10,14 +10,16 @@ namespace zel {
 /// What tells one of these CCDs from the next; its size and ranges are in the model table.
 struct BinningCcdSheet {
   LONG type;
-  /// Lines of blanking between two frames: an exposure ends at the latest when a frame does.
-  LONG blankLines = 71;
+  /// Lines of a whole frame, where an exposure ends at the latest when a frame does: the shutter's range then
+  /// follows the lines that are read. 0: longer exposures lengthen the frame, and the shutter stays as set.
+  LONG frameLines = 0;
 };
 
 /// The disk-style CCD cameras with a timing generator that sums pixels. `SetModelValue4` and `SetModelValue5`
 /// sum pairs of lines and of columns, `SetModelValue1` selects the readout variant: bit 0 field by field
 /// (altPathA), bit 1 the field of the odd lines first (altPathB). All three act from the next `Play` on; the
-/// pictures stay upright and whole.
+/// pictures stay upright and whole. The cameras have no reset: opening one brings its readout back to the
+/// whole frame, whatever program used it before.
 class BinningCcd : public CZELDeviceImplUSB3 {
  public:
   class CProperty : public ModelProperty<DiskProperty> {
@@ -35,9 +37,8 @@ class BinningCcd : public CZELDeviceImplUSB3 {
     HRESULT SetModelValue5(LONG on) override { return SetBinning(&binColumns_, on); }
     HRESULT GetModelValue5(LONG* on) override;
     LONG InitializeCamera() override;
-    HRESULT DetachDevice() override;
 
-    /// Fits the shutter and its range to the binning; the exposure keeps its place in the range.
+    /// The binning's effect on the picture's size, and on the shutter where its range follows the readout.
     void UpdateReadout();
     /// Tells the camera window and binning. It knows the whole frame by itself; anything else is told every
     /// time, as it may have been unplugged meanwhile.
@@ -65,6 +66,8 @@ class BinningCcd : public CZELDeviceImplUSB3 {
     };
 
     HRESULT SetBinning(LONG* flag, LONG on);
+    /// The exposure keeps its place in the range, not its length.
+    void FitShutter();
     Timing Whole() const;
     Timing Wanted() const;
     bool ProgramTiming(const Timing& timing);
@@ -72,7 +75,7 @@ class BinningCcd : public CZELDeviceImplUSB3 {
     BinningCcd& camera_;
     const LONG sensorWidth_;
     const LONG sensorLines_;
-    const LONG frameShutter_;
+    const LONG frameLines_;
     LONG binLines_ = 0;
     LONG binColumns_ = 0;
     Readout readout_;
@@ -95,7 +98,6 @@ class BinningCcd : public CZELDeviceImplUSB3 {
   LONG altPathA_ = 0;  ///< field by field
   LONG altPathB_ = 0;  ///< the odd field first
   LONG pathPending_ = 0;
-  LONG programmedVariant_ = 0;
   FieldWeaver weaver_;  ///< of the capture being run
 };
 

@@ -12,7 +12,9 @@ class CZELModel44 : public DiskModel<CZELModel44> {
   class CProperty : public map3040::DiskSensor {
    public:
     CProperty()
-        : Property(kType, {.leastLines = 1, .gainCode = map3040::ExponentGain, .trigger = {0x3160, 0x0001}}) {
+        : Property(kType, {.leastLines = 1,
+                           .gainCode = map3040::ExponentGain,
+                           .trigger = {Documented(0x3160), Chosen(0x0001)}}) {
       OfferSwitches({kHorMirror, kVerMirror});
     }
   };

@@ -5,11 +5,11 @@
 namespace zel {
 namespace {
 
-constexpr LONG kChipVersion = 0x00;
+constexpr LONG kChipVersion = Chosen(0x00);
 
 // The bits above these belong to the sensor's factory setting and stay.
-constexpr LONG kShutterBits = 0x1FFF;
-constexpr LONG kGainBits = 0x3F;
+constexpr LONG kShutterBits = Chosen(0x1FFF);
+constexpr LONG kGainBits = Chosen(0x3F);
 
 }  // namespace
 

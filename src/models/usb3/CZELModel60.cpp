@@ -4,7 +4,8 @@
 namespace zel {
 namespace {
 
-constexpr LONG kExposureStatus = 0x3166;  // reading it ends the last exposure's hold on the shutter register
+constexpr LONG kExposureStatus =
+    Documented(0x3166);  // reading it ends the last exposure's hold on the shutter register
 
 }  // namespace
 

@@ -11,26 +11,26 @@
 namespace zel {
 namespace {
 
-constexpr LONG kStandby = 0x00;    // 1: registers are kept, nothing else runs
-constexpr LONG kStreaming = 0x01;  // 1: frames come
-constexpr LONG kReadMode = 0x28;
-constexpr LONG kMirrorColumns = 0x01;  // of kReadMode
-constexpr LONG kMirrorRows = 0x02;
-constexpr LONG kShutterLow = 0x2A;
-constexpr LONG kShutterMiddle = 0x2B;
-constexpr LONG kShutterHigh = 0x2C;
-constexpr LONG kWindowLeft = 0x30;  // low byte first; top, columns and rows follow
-constexpr LONG kWindowTop = 0x32;
-constexpr LONG kWindowColumns = 0x34;
-constexpr LONG kWindowRows = 0x36;
-constexpr LONG kSkipping = 0x38;  // sub-sampling code
-constexpr LONG kGainRegister = 0x67;
+constexpr LONG kStandby = Chosen(0x00);    // 1: registers are kept, nothing else runs
+constexpr LONG kStreaming = Chosen(0x01);  // 1: frames come
+constexpr LONG kReadMode = Documented(0x28);
+constexpr LONG kMirrorColumns = Chosen(0x01);  // of kReadMode
+constexpr LONG kMirrorRows = Chosen(0x02);
+constexpr LONG kShutterLow = Documented(0x2A);
+constexpr LONG kShutterMiddle = Documented(0x2B);
+constexpr LONG kShutterHigh = Documented(0x2C);
+constexpr LONG kWindowLeft = Chosen(0x30);  // low byte first; top, columns and rows follow
+constexpr LONG kWindowTop = Chosen(0x32);
+constexpr LONG kWindowColumns = Chosen(0x34);
+constexpr LONG kWindowRows = Chosen(0x36);
+constexpr LONG kSkipping = Chosen(0x38);  // sub-sampling code
+constexpr LONG kGainRegister = Documented(0x67);
 
 // The camera's monitor output, which is to show what the library's pictures do.
-constexpr LONG kMonitorDecoding = 0x80;
-constexpr LONG kMonitorColour = 0x81;
-constexpr LONG kMonitorWhiteBalance = 0x82;
-constexpr LONG kMonitorGains = 0x83;  // red, green, blue: 8 bits, 128 is unity
+constexpr LONG kMonitorDecoding = Chosen(0x80);
+constexpr LONG kMonitorColour = Chosen(0x81);
+constexpr LONG kMonitorWhiteBalance = Chosen(0x82);
+constexpr LONG kMonitorGains = Chosen(0x83);  // red, green, blue: 8 bits, 128 is unity
 constexpr LONG kHighestMonitorGain = 0xFF;
 
 constexpr std::uint32_t kPrepareMs = 8;
@@ -80,21 +80,23 @@ class CZELModel61 : public CZELDeviceImplUSB3 {
 
     // A camera that does not take these still sends the same frames: without one they are only stored.
     HRESULT SetBayerDecodingMethod(LONG method) override {
-      SetRegister(kMonitorDecoding, method);
-      return ModelProperty::SetBayerDecodingMethod(method);
+      const HRESULT result = ModelProperty::SetBayerDecodingMethod(method);
+      SetRegister(kMonitorDecoding, settings_.bayerDecodingMethod);
+      return result;
     }
     HRESULT SetColorful(LONG on) override {
-      SetRegister(kMonitorColour, on != 0);
-      return ModelProperty::SetColorful(on);
+      const HRESULT result = ModelProperty::SetColorful(on);
+      SetRegister(kMonitorColour, settings_.colorful);
+      return result;
     }
     HRESULT SetAutoWhiteBalance(LONG mode) override {
-      SetRegister(kMonitorWhiteBalance, mode);
-      return ModelProperty::SetAutoWhiteBalance(mode);
+      const HRESULT result = ModelProperty::SetAutoWhiteBalance(mode);
+      SetRegister(kMonitorWhiteBalance, settings_.autoWhiteBalance);
+      return result;
     }
     HRESULT SetColorGain(LONG id, LONG value) override {
       const HRESULT result = ModelProperty::SetColorGain(id, value);
-      if (result == S_OK && id >= kColorGainRed && id <= kColorGainBlue)
-        SetRegister(kMonitorGains + id - kColorGainRed, std::min(value, kHighestMonitorGain));
+      if (result == S_OK && id >= kColorGainRed && id <= kColorGainBlue) TellMonitorGain(id);
       return result;
     }
 
@@ -121,6 +123,7 @@ class CZELModel61 : public CZELDeviceImplUSB3 {
       return ModelProperty::ApplyColorMatrix();
     }
 
+    /// Everything that a capture needs: the camera has no reset, and may hold what another program set.
     bool ProgramWindow(const CaptureWindow& window) {
       const struct {
         LONG address;
@@ -132,10 +135,25 @@ class CZELModel61 : public CZELDeviceImplUSB3 {
       for (const auto& [address, value] : words) {
         if (FAILED(WriteParts(value, {{address, 0xFF}, {address + 1, 0xFF00, 8}}))) return false;
       }
-      return SUCCEEDED(SetRegister(kSkipping, Record(kSubSampleX).current));
+      const LONG mirrors = (Record(kHorMirror).current != 0 ? kMirrorColumns : 0) |
+                           (Record(kVerMirror).current != 0 ? kMirrorRows : 0);
+      TellMonitor();
+      return SUCCEEDED(SetRegister(kSkipping, Record(kSubSampleX).current)) &&
+             SUCCEEDED(SetRegister(kReadMode, mirrors));
     }
 
    private:
+    void TellMonitor() {
+      SetRegister(kMonitorDecoding, settings_.bayerDecodingMethod);
+      SetRegister(kMonitorColour, settings_.colorful);
+      SetRegister(kMonitorWhiteBalance, settings_.autoWhiteBalance);
+      for (LONG id = kColorGainRed; id <= kColorGainBlue; ++id) TellMonitorGain(id);
+    }
+
+    void TellMonitorGain(LONG id) {
+      SetRegister(kMonitorGains + id - kColorGainRed, std::min(Record(id).current, kHighestMonitorGain));
+    }
+
     DiskBytePort port_;
   };
 

@@ -8,7 +8,7 @@ class CZELModel78 : public BinningCcd {
  public:
   static constexpr LONG kType = 78;
 
-  CZELModel78() : BinningCcd({.type = kType}) {}
+  CZELModel78() : BinningCcd({.type = kType, .frameLines = 3335}) {}
 };
 
 CZELDevice* CreateModel78() {

@@ -8,7 +8,7 @@ class CZELModel83 : public BinningCcd {
  public:
   static constexpr LONG kType = 83;
 
-  CZELModel83() : BinningCcd({.type = kType, .blankLines = 50}) {}
+  CZELModel83() : BinningCcd({.type = kType}) {}
 };
 
 CZELDevice* CreateModel83() {

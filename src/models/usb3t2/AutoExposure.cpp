@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
+#include <tuple>
 
 #include "common/BytePacking.h"
 #include "property/CZELDeviceProperty.h"
@@ -13,10 +14,6 @@ namespace zel {
 namespace {
 
 constexpr unsigned kSpareBits = 2;  // of a sample of 10 bits on the 8-bit scale
-
-// The control's own limits, whatever the camera allows by hand.
-constexpr Exposure kLeast{.shutter = 80, .gain = 10};
-constexpr Exposure kMost{.shutter = 2000, .gain = 60};
 
 /// Steps for means that are at least so far from the target.
 constexpr struct StepRow {
@@ -48,17 +45,49 @@ LONG CentreMean(const RawPicture& picture) {
   return static_cast<LONG>(sum / (columns * rows));
 }
 
-Exposure NextExposure(LONG target, LONG mean, const Exposure& now) {
+Exposure NextExposure(const ExposureControl& control, LONG target, LONG mean, const Exposure& now) {
   const std::int64_t distance = std::abs(std::int64_t{target} - mean);
   const auto* const found =
       std::ranges::find_if(kSteps, [distance](const auto& row) { return distance >= row.distance; });
   if (found == std::end(kSteps)) return now;
   const LONG sign = mean <= target ? 1 : -1;
-  return {.shutter = std::clamp(now.shutter + sign * found->step.shutter, kLeast.shutter, kMost.shutter),
-          .gain = std::clamp(now.gain + sign * found->step.gain, kLeast.gain, kMost.gain)};
+  const auto stepped = [&](LONG Exposure::*setting) {
+    return std::clamp(now.*setting + sign * found->step.*setting, control.least.*setting,
+                      control.most.*setting);
+  };
+  return {.shutter = stepped(&Exposure::shutter), .gain = stepped(&Exposure::gain)};
 }
 
-void ControlExposure(CZELDeviceProperty& property, LONG target, const RawPicture& picture) {
+Exposure WithoutOvershoot(const ExposureControl& control, LONG target, LONG mean, const Exposure& now,
+                          Exposure next, bool gainOn) {
+  const double light = control.brightness(now);
+  if (light <= 0) return next;
+  const auto predicted = [&](LONG Exposure::*setting, LONG step) {
+    Exposure then = now;
+    then.*setting += step;
+    return mean * control.brightness(then) / light;
+  };
+  /// The longest part of a step that does not lead past the target, or one unit that does.
+  const auto shortened = [&](LONG Exposure::*setting) {
+    LONG step = next.*setting - now.*setting;
+    const auto isPast = [&] {
+      return mean <= target ? predicted(setting, step) > target : predicted(setting, step) < target;
+    };
+    while (std::abs(step) > 1 && isPast()) step /= 2;
+    const bool nearer = std::abs(target - predicted(setting, step)) < std::abs(target - mean);
+    return std::tuple(step, isPast(), nearer);
+  };
+  const bool gainAtLimit = next.gain == now.gain;
+  const auto [shutterStep, shutterPast, shutterNearer] = shortened(&Exposure::shutter);
+  const auto [gainStep, gainPast, gainNearer] = shortened(&Exposure::gain);
+  const bool takesShutter = !shutterPast || (gainAtLimit && (gainOn || shutterNearer));
+  next.shutter = now.shutter + (takesShutter ? shutterStep : 0);
+  next.gain = now.gain + (!gainPast || gainNearer ? gainStep : 0);
+  return next;
+}
+
+void ControlExposure(CZELDeviceProperty& property, const ExposureControl& control, LONG target,
+                     const RawPicture& picture) {
   LONG exposureOn = 0;
   LONG gainOn = 0;
   property.GetAuxValue3(&exposureOn);
@@ -70,10 +99,13 @@ void ControlExposure(CZELDeviceProperty& property, LONG target, const RawPicture
   Exposure now{};
   property.GetShutter(&now.shutter);
   property.GetDigitalGlobalGain(&now.gain);
-  const Exposure next = NextExposure(target, mean, now);
-  if (exposureOn != 0 && next.shutter != now.shutter) {
+  Exposure next = NextExposure(control, target, mean, now);
+  if (exposureOn == 0) next.shutter = now.shutter;
+  if (gainOn == 0) next.gain = now.gain;
+  if (control.brightness != nullptr) next = WithoutOvershoot(control, target, mean, now, next, gainOn != 0);
+  if (next.shutter != now.shutter) {
     property.SetShutter(next.shutter);
-  } else if (gainOn != 0 && next.gain != now.gain) {
+  } else if (next.gain != now.gain) {
     property.SetDigitalGlobalGain(next.gain);
   }
 }

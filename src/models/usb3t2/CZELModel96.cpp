@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "models/FinalDevice.h"
 #include "models/SwitchedProperty.h"
 #include "models/usb3t2/Usb3T2Model.h"
@@ -5,19 +7,23 @@
 namespace zel {
 namespace {
 
-constexpr LONG kSkipping = 0x06;  // the sub-sampling code
-constexpr LONG kMirrors = 0x07;
-constexpr LONG kMirrorRowsBit = 0x01;
-constexpr LONG kMirrorColumnsBit = 0x02;
-constexpr LONG kClockControl = 0x0B;  // 1: half the clock
+constexpr LONG kSkipping = Chosen(0x06);  // the sub-sampling code
+constexpr LONG kMirrors = Documented(0x07);
+constexpr LONG kMirrorRowsBit = Chosen(0x01);
+constexpr LONG kMirrorColumnsBit = Chosen(0x02);
+constexpr LONG kClockControl = Chosen(0x0B);  // 1: half the clock
 
 // Values in bytes, low byte first.
-constexpr LONG kGain = 0x14;          // tenths of a decibel
-constexpr LONG kShutterLines = 0x20;  // three bytes
-constexpr LONG kRowStart = 0x3A;
-constexpr LONG kRows = 0x3C;
-constexpr LONG kColumnStart = 0x3E;
-constexpr LONG kColumns = 0x40;
+constexpr LONG kGain = Documented(0x14);          // tenths of a decibel
+constexpr LONG kShutterLines = Documented(0x20);  // three bytes
+constexpr LONG kRowStart = Chosen(0x3A);
+constexpr LONG kRows = Chosen(0x3C);
+constexpr LONG kColumnStart = Chosen(0x3E);
+constexpr LONG kColumns = Chosen(0x40);
+
+double Brightness(const Exposure& exposure) {
+  return exposure.shutter * std::pow(10.0, exposure.gain / 200.0);
+}
 
 }  // namespace
 
@@ -25,6 +31,8 @@ constexpr LONG kColumns = 0x40;
 class CZELModel96 : public AutoExposedModel<CZELModel96> {
  public:
   static constexpr LONG kType = 96;
+  static constexpr ExposureControl kExposureControl{
+      .least = {.shutter = 2, .gain = 0}, .most = {.shutter = 958, .gain = 720}, .brightness = Brightness};
 
   class CPropertyImpl : public SwitchedProperty<Usb3T2Property> {
    public:

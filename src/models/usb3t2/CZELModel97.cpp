@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "models/FinalDevice.h"
 #include "models/SwitchedProperty.h"
 #include "models/usb3t2/Usb3T2Model.h"
@@ -5,18 +7,22 @@
 namespace zel {
 namespace {
 
-constexpr LONG kGain = 0x35;
-constexpr LONG kShutterStep = 0x36;  // each of its four steps doubles the exposure
-constexpr LONG kShutterMask = 0x3;
-constexpr LONG kClockControl = 0x3036;  // 1: half the clock
-constexpr LONG kColumnStart = 0x3800;
-constexpr LONG kRowStart = 0x3802;
-constexpr LONG kColumns = 0x3808;
-constexpr LONG kRows = 0x380A;
-constexpr LONG kSkipping = 0x3814;  // the sub-sampling code
-constexpr LONG kMirrorRows = 0x3820;
-constexpr LONG kMirrorColumns = 0x3821;
-constexpr LONG kMirrorBit = 0x02;  // of both
+constexpr LONG kGain = Documented(0x35);
+constexpr LONG kShutterStep = Documented(0x36);  // each of its four steps doubles the exposure
+constexpr LONG kShutterMask = Documented(0x3);
+constexpr LONG kClockControl = Chosen(0x3036);  // 1: half the clock
+constexpr LONG kColumnStart = Chosen(0x3800);
+constexpr LONG kRowStart = Chosen(0x3802);
+constexpr LONG kColumns = Chosen(0x3808);
+constexpr LONG kRows = Chosen(0x380A);
+constexpr LONG kSkipping = Chosen(0x3814);  // the sub-sampling code
+constexpr LONG kMirrorRows = Documented(0x3820);
+constexpr LONG kMirrorColumns = Documented(0x3821);
+constexpr LONG kMirrorBit = Chosen(0x02);  // of both
+
+double Brightness(const Exposure& exposure) {
+  return std::ldexp(exposure.gain, exposure.shutter);
+}
 
 }  // namespace
 
@@ -24,6 +30,8 @@ constexpr LONG kMirrorBit = 0x02;  // of both
 class CZELModel97 : public AutoExposedModel<CZELModel97> {
  public:
   static constexpr LONG kType = 97;
+  static constexpr ExposureControl kExposureControl{
+      .least = {.shutter = 0, .gain = 1}, .most = {.shutter = 3, .gain = 63}, .brightness = Brightness};
 
   class CPropertyImpl : public SwitchedProperty<Usb3T2Property> {
    public:

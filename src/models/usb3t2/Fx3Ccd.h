@@ -23,17 +23,18 @@ class Fx3Ccd : public Map {
   }
 
  private:
-  static constexpr LONG kClockDivider = 0x0A;
+  static constexpr LONG kClockDivider = Chosen(0x0A);
 };
 
 /// Timing generator at 0x8000, front end below.
 class Fx3Ccd8003Property
-    : public Fx3Ccd<ccd::PlainMap<Usb3T2Property, ccd::SettingRegister{0x8003}, ccd::SettingRegister{0x05}>> {
+    : public Fx3Ccd<ccd::PlainMap<Usb3T2Property, ccd::SettingRegister{Documented(0x8003)},
+                                  ccd::SettingRegister{Documented(0x05)}>> {
  protected:
   explicit Fx3Ccd8003Property(LONG type) : Fx3Ccd(type, kTimingWindow) {}
 
  private:
-  static constexpr LONG kTimingWindow = 0x8010;
+  static constexpr LONG kTimingWindow = Chosen(0x8010);
 };
 
 }  // namespace zel

@@ -44,14 +44,16 @@ class Usb3T2Model : public CZELDeviceImplUSB3T2 {
   static constexpr std::int64_t kTransferUnit = 8192;
 };
 
-/// The same with automatic exposure and gain after every frame.
+/// The same with automatic exposure and gain after every frame, by the model's `kExposureControl`.
 template <class Model>
 class AutoExposedModel : public Usb3T2Model<Model> {
  public:
+  static constexpr ExposureControl kExposureControl{};
+
   LONG ReadFrame(unsigned char* buffer) override {
     const Usb3T2Frame frame = this->CopyFrame();
     if (CZELDeviceImplUSB3T2::ReadFrame(buffer) == 0) return 0;
-    ControlExposure(static_cast<Model*>(this)->property_, this->AeTarget(),
+    ControlExposure(static_cast<Model*>(this)->property_, Model::kExposureControl, this->AeTarget(),
                     {.samples = buffer,
                      .width = frame.frameWidth,
                      .height = frame.frameHeight,

@@ -9,6 +9,12 @@ namespace zel {
 /// stored setting.
 class Usb3T2Property : public WindowedProperty<CZELPropertyImplUSB3T2> {
  public:
+  /// The reset leaves the lens where another program drove it.
+  LONG InitializeCamera() override {
+    SetProperty(kFocusPosition, Record(kFocusPosition).current);
+    return 1;
+  }
+
   HRESULT SetRegister(LONG address, LONG value) override { return SetSensorRegister(address, value); }
   HRESULT GetRegister(LONG address, LONG* value) override { return GetSensorRegister(address, value); }
 

@@ -6,7 +6,9 @@ namespace zel {
 namespace {
 
 /// What makes the sensor wait for its trigger input: the exposure's start, the operating mode, the input.
-constexpr RegisterBit kTriggerBits[] = {{0x20, 0x0004}, {0x07, 0x0010}, {0x47, 0x0001}};
+constexpr RegisterBit kTriggerBits[] = {{Documented(0x20), Chosen(0x0004)},
+                                        {Documented(0x07), Chosen(0x0010)},
+                                        {Documented(0x47), Chosen(0x0001)}};
 
 }  // namespace
 

@@ -8,17 +8,17 @@
 namespace zel {
 namespace {
 
-constexpr LONG kMirrors = 0x01;
-constexpr LONG kMirrorRowsBit = 0x01;
-constexpr LONG kMirrorColumnsBit = 0x02;
-constexpr LONG kTriggerBit = 0x80;  // of the control register
+constexpr LONG kMirrors = Documented(0x01);
+constexpr LONG kMirrorRowsBit = Chosen(0x01);
+constexpr LONG kMirrorColumnsBit = Chosen(0x02);
+constexpr LONG kTriggerBit = Chosen(0x80);  // of the control register
 
 // The window, low byte first in each pair.
-constexpr LONG kColumnStart = 0x10;
-constexpr LONG kRowStart = 0x12;
-constexpr LONG kColumns = 0x14;
-constexpr LONG kRows = 0x16;
-constexpr LONG kSkipping = 0x18;  // the sub-sampling code
+constexpr LONG kColumnStart = Chosen(0x10);
+constexpr LONG kRowStart = Chosen(0x12);
+constexpr LONG kColumns = Chosen(0x14);
+constexpr LONG kRows = Chosen(0x16);
+constexpr LONG kSkipping = Chosen(0x18);  // the sub-sampling code
 
 }  // namespace
 

@@ -4,8 +4,8 @@ namespace zel {
 namespace {
 
 // The second pair of shutter registers, of the lines that the generator skips.
-constexpr LONG kSkippedShutterLow = 0xA1;
-constexpr LONG kSkippedShutterHigh = 0xA2;
+constexpr LONG kSkippedShutterLow = Documented(0xA1);
+constexpr LONG kSkippedShutterHigh = Documented(0xA2);
 
 }  // namespace
 

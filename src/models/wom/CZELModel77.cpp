@@ -5,9 +5,9 @@
 namespace zel {
 namespace {
 
-constexpr LONG kLinesLow = 0xA0;
-constexpr LONG kLinesHigh = 0xA1;
-constexpr LONG kLatch = 0x90;  // of kLinesHigh: the generator takes both, for both fields
+constexpr LONG kLinesLow = Documented(0xA0);
+constexpr LONG kLinesHigh = Documented(0xA1);
+constexpr LONG kLatch = Documented(0x90);  // of kLinesHigh: the generator takes both, for both fields
 constexpr LONG kShutterMask = 0x7FFF;
 
 }  // namespace
