@@ -4,8 +4,11 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <numeric>
 
 #include "api/FakeCamera.h"
+#include "imaging/kernels/Resample.h"
 
 namespace zel::test {
 namespace {
@@ -20,11 +23,12 @@ VARIANT Plain(VARTYPE type, void* address) {
 
 class SaveImage : public testing::Test {
  protected:
-  HRESULT Save(const VARIANT& bits, LONG width, LONG height, LONG bitCount, LONG stride, bool named = true) {
+  HRESULT Save(const VARIANT& bits, LONG width, LONG height, LONG bitCount, LONG stride, bool named = true,
+               LONG format = 0, LONG gray = 0) {
     const std::u16string path = path_.u16string();
     BSTR name = SysAllocString(reinterpret_cast<const OLECHAR*>(path.c_str()));
     const HRESULT result =
-        camera_->SaveImage(named ? name : nullptr, bits, width, height, bitCount, stride, 0, 0);
+        camera_->SaveImage(named ? name : nullptr, bits, width, height, bitCount, stride, format, gray);
     SysFreeString(name);
     return result;
   }
@@ -56,6 +60,15 @@ TEST_F(SaveImage, NeedsAllBytesOfThePicture) {
     EXPECT_EQ(std::filesystem::file_size(path_), row.fileSize);
     std::filesystem::remove(path_);
   }
+}
+
+TEST_F(SaveImage, InTheFormatAsked) {
+  ArrayVariant array(5 * 3 * 4);
+  EXPECT_EQ(Save(array.variant, 5, 3, 32, 0, true, 0, 1), S_OK);
+  EXPECT_EQ(std::filesystem::file_size(path_), 1078u + 15) << "grey";
+  EXPECT_EQ(Save(array.variant, 5, 3, 32, 0, true, 1, 0), S_OK);
+  std::ifstream file(path_, std::ios::binary);
+  EXPECT_EQ(file.get() << 8 | file.get(), 0xFFD8) << "JPEG";
 }
 
 TEST_F(SaveImage, RefusesBadArguments) {
@@ -90,6 +103,15 @@ TEST(Resample, WorksOnlyInsideBothArrays) {
               S_OK);
     EXPECT_EQ(destination.Data()[0], row.done ? 0x77 : 0);
   }
+}
+
+TEST(Resample, TakesEachSizeForWhatItIs) {
+  ArrayVariant source(5 * 2 * 4), destination(3 * 4 * 4);
+  std::iota(source.Data(), source.Data() + 40, std::uint8_t{0});
+  std::vector<std::uint8_t> expected(48);
+  ResampleBilinear(source.Data(), 5, 2, expected.data(), 3, 4);
+  NewObject<CZELCamera>()->Resample(source.variant, 5, 2, destination.variant, 3, 4, 0);
+  EXPECT_EQ(std::vector<std::uint8_t>(destination.Data(), destination.Data() + 48), expected);
 }
 
 }  // namespace
