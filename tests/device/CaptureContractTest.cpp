@@ -255,13 +255,15 @@ TEST(CaptureOnDemand, ReadsAgainUntilAFrameTheLimitOrStop) {
   }
   EXPECT_EQ(camera.Statistics().framesDelivered, 3u);
   Event begun;
-  camera.onRead = [&](unsigned char*) {
+  std::atomic<bool> stopped = false;
+  camera.onRead = [&](unsigned char* buffer) {
     begun.Set();
-    return kReadWithoutFrame;
+    return stopped ? camera.NextFrame(buffer) : kReadWithoutFrame;
   };
   Worker stopper([&] {
     begun.Wait();
     EXPECT_EQ(camera.Stop(), 1);
+    stopped = true;
   });
   EXPECT_EQ(camera.GetData(nullptr, 0), E_FAIL);
 }
