@@ -18,8 +18,9 @@ namespace zel {
 /// no buffer; `ProcessFrame` then does nothing. A frame holds sourceWidth x sourceHeight samples (twice as
 /// many bytes for YUV or two-byte samples); output rows whose input lies beyond it are left as they were.
 ///
-/// Formats, sizes, sample size, two taps and the raw copy are the buffers' own from `AllocateBuffers` on: a frame
-/// is converted, copied and described by the shape that its buffers were made for, whatever is set meanwhile.
+/// Formats, sizes, sample size, two taps and the raw copy are the buffers' own from `AllocateBuffers` on: a
+/// frame is converted, copied and described by the shape that its buffers were made for, whatever is set
+/// meanwhile.
 class COrvaneImageImpl : public COrvaneImage {
  public:
   /// `createFilter` 0 makes an object that only holds pictures copied into it.

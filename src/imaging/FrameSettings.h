@@ -23,8 +23,8 @@ struct FrameShape {
   bool operator==(const FrameShape&) const = default;
 };
 
-/// The shape and what becomes of the samples; all that belongs to the picture itself, so that a copied picture
-/// takes it along.
+/// The shape and what becomes of the samples; all that belongs to the picture itself, so that a copied
+/// picture takes it along.
 struct FrameFormat : FrameShape {
   LONG bayerMode = 0;
   bool colorful = true;
