@@ -4,7 +4,6 @@
 
 #include "api/CZELProperty.h"
 #include "api/VariantPixels.h"
-#include "imaging/COrvaneImage.h"
 #include "platform/Threads.h"
 
 namespace zel {
@@ -29,7 +28,7 @@ void EndDevice(CZELDevice* device, const std::shared_ptr<CZELCameraObserver>& ob
 }
 
 /// Where `GetData` copies to. `type` is the kind of destination, 0 for a variant that is none; an array
-/// brings its size.
+/// brings its size, of a plain address only the caller knows it.
 struct Destination {
   LONG type = 0;
   PixelMemory memory;
@@ -38,39 +37,29 @@ struct Destination {
 Destination DestinationOf(const VARIANT& argument) {
   const VARIANT& variant = Dereferenced(argument);
   if (variant.vt & VT_ARRAY) return {VT_ARRAY, WritableArrayOf(variant)};
-  if (variant.vt & VT_BYREF) return {VT_BYREF, {static_cast<std::uint8_t*>(variant.byref), 0}};
+  if (variant.vt & VT_BYREF) return {VT_BYREF, {static_cast<std::uint8_t*>(variant.byref), UINT64_MAX}};
   return {};
-}
-
-/// Bytes of a frame of the running capture, 0 when there is none.
-std::int64_t FrameBytes(CZELDevice& device) {
-  COrvaneImage* const image = device.GetImage();
-  return image ? std::int64_t{image->GetStride()} * image->GetHeight() : 0;
 }
 
 HRESULT TakeFrame(CZELDevice& device, const Destination& destination) {
   const PixelMemory& memory = destination.memory;
-  // Of a plain address only the caller knows the size.
-  const bool fits = memory.data && (destination.type != VT_ARRAY || memory.Holds(FrameBytes(device)));
-  if (fits) return device.GetData(memory.data, destination.type);
-  // Read on demand, a frame is not copied. The mode may be the next capture's only: hence no address.
-  if (memory.data && device.GetBufferSamples() == kDeliverOnDemand) {
-    return device.GetData(nullptr, destination.type);
-  }
-  return E_FAIL;
+  return memory.data ? device.GetData({memory.data, memory.size}, destination.type) : E_FAIL;
 }
 
-/// For scripts, which cannot make an array of bytes themselves.
+/// For scripts, which cannot make an array of bytes themselves. On demand, where nothing is copied, the
+/// variable stays as it is.
 HRESULT TakeFrameIntoNewArray(CZELDevice& device, VARIANT& variable) {
-  if (device.GetBufferSamples() == kDeliverOnDemand) return device.GetData(nullptr, VT_ARRAY);
-  const std::int64_t bytes = FrameBytes(device);
-  if (bytes < 1 || bytes > std::numeric_limits<ULONG>::max()) return E_FAIL;
   VARIANT frame;
   VariantInit(&frame);
-  frame.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes));
-  if (!frame.parray) return E_FAIL;
-  frame.vt = VT_ARRAY | VT_UI1;
-  const HRESULT result = TakeFrame(device, {VT_ARRAY, WritableArrayOf(frame)});
+  const FrameDestination::Maker make = [&frame](std::uint64_t bytes) -> void* {
+    if (bytes > std::numeric_limits<ULONG>::max()) return nullptr;
+    frame.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes));
+    if (!frame.parray) return nullptr;
+    frame.vt = VT_ARRAY | VT_UI1;
+    return frame.parray->pvData;
+  };
+  const HRESULT result = device.GetData(FrameDestination(make), VT_ARRAY);
+  if (frame.vt == VT_EMPTY) return result;
   if (FAILED(result)) {
     VariantClear(&frame);
   } else {

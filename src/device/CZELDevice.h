@@ -1,5 +1,6 @@
 #pragma once
 
+#include "device/FrameDestination.h"
 #include "platform/ComponentTypes.h"
 
 namespace zel {
@@ -41,9 +42,11 @@ class CZELDevice {
   virtual LONG GetBufferSamples() = 0;
   virtual LONG SetKeepRawData(LONG value) = 0;  ///< keep each raw frame, from the next `Play` on
   virtual LONG GetKeepRawData() = 0;
-  virtual COrvaneImage* GetImage() = 0;  ///< null unless capturing
+  virtual COrvaneImage* GetImage() = 0;  ///< null unless capturing; gone with the end of the capture
   virtual LONG GetCameraType() = 0;      ///< 0..98
-  virtual HRESULT GetData(void* destination, LONG variantType) = 0;
+  /// One frame by the running capture's mode. A destination that the frame does not fit is E_FAIL, with
+  /// nothing written and the frame still there; on demand nothing is copied at all.
+  virtual HRESULT GetData(const FrameDestination& destination, LONG variantType) = 0;
   virtual LONG GetBitmapInfo(BITMAPINFOHEADER* header) = 0;
   virtual CZELDeviceProperty* GetProperty() = 0;  ///< owned by the device
   virtual LONG GetStatus() = 0;                   ///< `DeviceState`

@@ -30,7 +30,8 @@ struct FrameGeometry {
   LONG sourceHeight = 0;
 };
 
-/// A successful `ReadFrame` that left its buffer as it was: the loops show nobody the old picture again.
+/// A successful `ReadFrame` that left its buffer as it was: nobody is shown the old picture again, the read
+/// is repeated.
 constexpr LONG kReadWithoutFrame = 2;
 
 /// The generic camera: state machine, lock, observer and the capture engine. Transports add the enumeration,
@@ -59,7 +60,7 @@ class CZELDeviceImpl : public CZELDevice, public CaptureLink {
   LONG SetKeepRawData(LONG value) override;
   LONG GetKeepRawData() override;
   COrvaneImage* GetImage() override;
-  HRESULT GetData(void* destination, LONG variantType) override;
+  HRESULT GetData(const FrameDestination& destination, LONG variantType) override;
   LONG GetBitmapInfo(BITMAPINFOHEADER* header) override;
   LONG GetStatus() override;
   LONG Play() override;
@@ -78,8 +79,8 @@ class CZELDeviceImpl : public CZELDevice, public CaptureLink {
   virtual const OLECHAR* GetDriverName() = 0;  ///< prefix of the device path
 
   // The engine.
-  virtual HRESULT GetDataQueued(void* destination);
-  virtual HRESULT GetDataDirect(void* destination);
+  virtual HRESULT GetDataQueued(const FrameDestination& destination);
+  virtual HRESULT GetDataDirect(const FrameDestination& destination);
   /// Converts one raw frame and delivers it by the mode.
   virtual void ProcessFrame(unsigned char* raw);
   virtual void OnFrameHook(unsigned char* raw);  ///< a model's look at the raw frame
@@ -140,6 +141,9 @@ class CZELDeviceImpl : public CZELDevice, public CaptureLink {
   std::shared_ptr<CaptureRun> PublishedRun() const;  ///< only when the preparation is done
   std::shared_ptr<CaptureRun> RunOfThisThread() const;
   LONG Read(CaptureRun& run, unsigned char* buffer);
+  /// The same, but reads without a frame are tried again until the time is over or the capture; true with
+  /// one.
+  bool ReadInTime(CaptureRun& run, unsigned char* buffer, std::uint32_t milliseconds);
   /// The output buffer, or null when the frame can't be converted.
   unsigned char* Convert(CaptureRun& run, unsigned char* raw, std::size_t headerBytes);
   std::uint32_t FrameTimeoutMs();

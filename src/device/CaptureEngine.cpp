@@ -1,5 +1,6 @@
 // The part of the device that runs while it captures.
 
+#include <optional>
 #include <utility>
 
 #include "common/ResultCodes.h"
@@ -15,6 +16,9 @@ namespace {
 
 /// How long an application thread waits for a worker that is in the driver, in milliseconds.
 constexpr std::uint32_t kDriverPatienceMs = 2000;
+
+/// From one read to the next when it brought no frame, in milliseconds.
+constexpr std::uint32_t kBetweenReadsMs = 1;
 
 /// A read that fails faster than this, in nanoseconds, found no camera rather than no frame.
 constexpr std::uint64_t kInstantFailureNs = 1'000'000;
@@ -56,10 +60,16 @@ bool CZELDeviceImpl::StartCapture() {
   } catch (...) {
     return false;
   }
+  const LONG format = run->image->GetOutputFormat();
   const bool started = Quietly([&] {
     // A camera that can't be prepared plays without frames; the application sees time-outs.
     PrepareCapture();
-    run->image->AllocateBuffers();
+    {
+      // The image object was chosen by its format: one set since then waits for the next capture.
+      const CritSecGuard guard(lock_);
+      run->image->SetOutputFormat(format);
+      run->image->AllocateBuffers();
+    }
     FitAutoFocus(PropertyStore().AutoFocus(), *run->image);
     if (run->mode == kDeliverQueue) run->queue.SetCopies(CopyOf(*run->image), CopyOf(*run->image));
     if (run->HasWorkers()) StartWorkers(run);
@@ -208,7 +218,7 @@ DWORD CZELDeviceImpl::CaptureThreadProc() {
       const bool filled = result != 0 && result != kReadWithoutFrame;
       run->buffers.EndFill(filled);
       // The next try follows at once, but a camera that is gone must not cost a whole processor.
-      if (!filled && NowNs() - startNs < kInstantFailureNs) CurrentDriverHost().Sleep(1);
+      if (!filled && NowNs() - startNs < kInstantFailureNs) CurrentDriverHost().Sleep(kBetweenReadsMs);
     }
     readTurn_.Return();
   }
@@ -267,7 +277,7 @@ void CZELDeviceImpl::DeliverFrame(unsigned char* raw, std::size_t headerBytes, L
   }
 }
 
-HRESULT CZELDeviceImpl::GetData(void* destination, LONG) {
+HRESULT CZELDeviceImpl::GetData(const FrameDestination& destination, LONG) {
   const auto run = PublishedRun();
   const LONG mode = run != nullptr ? run->mode : GetBufferSamples();
   return mode == kDeliverOnDemand ? GetDataDirect(destination) : GetDataQueued(destination);
@@ -279,7 +289,7 @@ std::uint32_t CZELDeviceImpl::FrameTimeoutMs() {
   return static_cast<std::uint32_t>(milliseconds);  // -1 waits as long as the capture lasts
 }
 
-HRESULT CZELDeviceImpl::GetDataQueued(void* destination) {
+HRESULT CZELDeviceImpl::GetDataQueued(const FrameDestination& destination) {
   const auto run = PublishedRun();
   if (run == nullptr) return kResultTimeout;
   const HRESULT result = run->queue.Get(destination, FrameTimeoutMs());
@@ -287,12 +297,28 @@ HRESULT CZELDeviceImpl::GetDataQueued(void* destination) {
   return result;
 }
 
-HRESULT CZELDeviceImpl::GetDataDirect(void*) {
+bool CZELDeviceImpl::ReadInTime(CaptureRun& run, unsigned char* buffer, std::uint32_t milliseconds) {
+  std::optional<std::uint64_t> start;
+  for (;;) {
+    const LONG result = Read(run, buffer);
+    if (run.exiting) return false;
+    if (result != kReadWithoutFrame) return result != 0;
+    // The clock is asked only when there is something to wait for.
+    DriverHost& host = CurrentDriverHost();
+    const std::uint64_t now = host.Milliseconds();
+    if (!start) start = now;
+    if (milliseconds != kForever && now - *start >= milliseconds) return false;
+    host.Sleep(kBetweenReadsMs);
+  }
+}
+
+HRESULT CZELDeviceImpl::GetDataDirect(const FrameDestination&) {
   const auto run = PublishedRun();
   if (run == nullptr) return E_FAIL;
   unsigned char* raw = run->buffers.Buffer(0);
-  if (raw == nullptr || !readTurn_.Take(run->exiting, FrameTimeoutMs())) return E_FAIL;
-  bool done = Read(*run, raw) != 0 && !run->exiting;
+  const std::uint32_t limit = FrameTimeoutMs();
+  if (raw == nullptr || !readTurn_.Take(run->exiting, limit)) return E_FAIL;
+  bool done = ReadInTime(*run, raw, limit);
   if (done) {
     const RunScope scope(*this, run);
     done = Quietly([&] { ProcessFrame(raw); });

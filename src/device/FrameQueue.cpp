@@ -5,6 +5,13 @@
 #include "common/ResultCodes.h"
 
 namespace zel {
+namespace {
+
+std::size_t BytesOf(COrvaneImage& picture) {
+  return static_cast<std::size_t>(picture.GetStride()) * static_cast<std::size_t>(picture.GetHeight());
+}
+
+}  // namespace
 
 void FrameQueue::SetCopies(std::unique_ptr<COrvaneImage> first, std::unique_ptr<COrvaneImage> second) {
   const CritSecGuard guard(lock_);
@@ -47,51 +54,47 @@ bool FrameQueue::Put(COrvaneImage& frame) {
   // `Clear` meanwhile means that this frame is stale, too.
   if (!entry->writing) return lost;
   entry->writing = false;
+  if (entry->copy->GetBuffer() == nullptr) return true;  // no memory for it
   entry->filled = true;
   entry->order = nextOrder_++;
   changed_.Set();
   return lost;
 }
 
-FrameQueue::Entry* FrameQueue::TakeOldest() {
-  Entry* entry = Oldest();
-  if (entry != nullptr) {
-    entry->taken = true;
-  } else {
-    changed_.Reset();
-  }
-  return entry;
-}
-
-HRESULT FrameQueue::Get(void* destination, std::uint32_t milliseconds) {
-  if (destination == nullptr) return E_FAIL;
+HRESULT FrameQueue::Get(const FrameDestination& destination, std::uint32_t milliseconds) {
   const std::uint64_t startNs = NowNs();
-  std::uint32_t remaining = milliseconds;
   for (;;) {
     Entry* entry = nullptr;
+    std::size_t bytes = 0;
+    void* room = nullptr;
     {
       const CritSecGuard guard(lock_);
       if (closed_) return kResultTimeout;
-      entry = TakeOldest();
+      entry = Oldest();
+      if (entry != nullptr) {
+        // Of the very picture that is copied.
+        bytes = BytesOf(*entry->copy);
+        room = destination.Room(bytes);
+        if (room == nullptr) return E_FAIL;
+        entry->taken = true;
+      } else {
+        changed_.Reset();
+      }
     }
     if (entry != nullptr) {
-      COrvaneImage& copy = *entry->copy;
-      const unsigned char* pixels = copy.GetBuffer();
-      if (pixels != nullptr) {
-        std::memcpy(destination, pixels,
-                    static_cast<std::size_t>(copy.GetStride()) * static_cast<std::size_t>(copy.GetHeight()));
-      }
+      std::memcpy(room, entry->copy->GetBuffer(), bytes);
       const CritSecGuard guard(lock_);
       entry->taken = false;
       entry->filled = false;
-      return pixels != nullptr ? S_OK : E_FAIL;
+      return S_OK;
     }
-    // Another reader may have been faster: wait on for what is left of the time.
+    // Another reader may have been faster, or the frame was dropped: wait on for what is left of the time.
+    std::uint32_t remaining = milliseconds;
     if (milliseconds != kForever) {
       const std::uint64_t elapsed = (NowNs() - startNs) / 1'000'000;
       remaining = elapsed < milliseconds ? static_cast<std::uint32_t>(milliseconds - elapsed) : 0;
     }
-    if (!changed_.Wait(remaining)) return kResultTimeout;
+    if (remaining == 0 || !changed_.Wait(remaining)) return kResultTimeout;
   }
 }
 

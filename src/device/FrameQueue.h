@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "device/FrameDestination.h"
 #include "imaging/COrvaneImage.h"
 #include "platform/CZELCritSec.h"
 #include "platform/Threads.h"
@@ -23,9 +24,9 @@ class FrameQueue {
   /// that: the overwritten one, or this one if both entries are being read.
   bool Put(COrvaneImage& frame);
 
-  /// Copies the oldest waiting frame (stride x height bytes) to the destination: S_OK, kResultTimeout when
-  /// none came within the time or the queue was closed, E_FAIL for a null destination.
-  HRESULT Get(void* destination, std::uint32_t milliseconds);
+  /// Copies the oldest waiting frame (stride x height bytes) to the destination: S_OK; kResultTimeout when
+  /// none came within the time or the queue was closed; E_FAIL, and the frame stays, when it does not fit.
+  HRESULT Get(const FrameDestination& destination, std::uint32_t milliseconds);
 
   void Clear();  ///< drops the waiting frames
   void Close();  ///< ends all waits; nothing comes out any more
@@ -41,7 +42,6 @@ class FrameQueue {
 
   Entry* Reserve(bool* lost);
   Entry* Oldest();  ///< of the filled entries that nobody reads; null if there is none
-  Entry* TakeOldest();
 
   CZELCritSec& lock_;  ///< guards everything below, but never a copy of pixels
   std::array<Entry, 2> entries_;

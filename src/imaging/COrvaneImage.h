@@ -8,8 +8,9 @@ namespace zel {
 ///
 /// Formats. Output: 0 raw samples, 1 and 5 32-bit, 4 24-bit pixels (blue, green, red, alpha; top row first).
 /// Input: 0 mosaic or monochrome samples, 4 packed 24-bit colour, 6 YUV 4:2:2. Gains: 128 is unity.
-/// Threads: locked setters may be called while another thread runs `ProcessFrame`; sizes, formats and buffers
-/// change only while no frame is processed.
+/// Threads: setters may be called while another thread runs `ProcessFrame`. Those of sizes, formats and two
+/// taps count from the next `AllocateBuffers` on; that and `FreeBuffers` only while no frame is processed or
+/// read.
 class COrvaneImage {
  public:
   virtual ~COrvaneImage() = default;

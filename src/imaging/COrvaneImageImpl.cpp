@@ -36,7 +36,7 @@ LONG PixelBytes(LONG outputFormat) {
   return outputFormat == kOutput24 ? 3 : 4;
 }
 
-std::int64_t RawStride(const FrameFormat& format) {
+std::int64_t RawStride(const FrameShape& format) {
   switch (format.inputFormat) {
     case kInputSamples:
       return std::int64_t{format.width} * (format.eightBitTransfer ? 1 : 2);
@@ -185,7 +185,7 @@ void COrvaneImageImpl::AllocateBuffers() {
 }
 
 bool COrvaneImageImpl::Allocate() {
-  const FrameFormat format = Get(format_);
+  const FrameShape format = Get<FrameShape>(format_);
   if (format.width < 1 || format.height < 1) return false;
   const LONG pixelBytes = PixelBytes(format.outputFormat);
   const std::int64_t pixels = std::int64_t{format.width} * format.height;
@@ -216,8 +216,7 @@ bool COrvaneImageImpl::Allocate() {
   }
 
   rawSize_ = static_cast<DWORD>(rawBytes);
-  layout_ = {format.width, format.height, pixelBytes, static_cast<LONG>(outputStride),
-             static_cast<LONG>(rawStride)};
+  layout_ = {format, pixelBytes, static_cast<LONG>(outputStride), static_cast<LONG>(rawStride)};
   header_.biSize = sizeof(header_);
   header_.biWidth = format.width;
   header_.biHeight = format.height;
@@ -232,19 +231,12 @@ bool COrvaneImageImpl::Allocate() {
 void COrvaneImageImpl::CopyTo(COrvaneImage* destination) {
   auto* copy = dynamic_cast<COrvaneImageImpl*>(destination);
   if (!copy || copy == this) return;
-  const FrameFormat format = Get(format_);
-  const FrameFormat theirs = copy->Get(copy->format_);
-  const bool sameFormat = theirs.width == format.width && theirs.height == format.height &&
-                          theirs.outputFormat == format.outputFormat &&
-                          theirs.inputFormat == format.inputFormat;
-  const bool hasRoom =
-      copy->output_.Data() && copy->layout_ == layout_ && (!rawCopy_.Data() || copy->rawCopy_.Data());
-  if (!sameFormat || !hasRoom) {
-    copy->Set(copy->format_, format);
+  if (!copy->output_.Data() || copy->layout_ != layout_) {
+    copy->Set(copy->format_, Settings().format);
     copy->AllocateBuffers();
   }
   if (!output_.Data() || !copy->output_.Data() || copy->layout_ != layout_) return;
-  if (format.keepRaw && rawCopy_.Data() && copy->rawCopy_.Data()) {
+  if (rawCopy_.Data() && copy->rawCopy_.Data()) {
     std::memcpy(copy->rawCopy_.Data(), rawCopy_.Data(), rawSize_);
   }
   std::memcpy(copy->output_.Data(), output_.Data(),
@@ -253,7 +245,9 @@ void COrvaneImageImpl::CopyTo(COrvaneImage* destination) {
 
 FrameSettings COrvaneImageImpl::Settings() const {
   const CritSecGuard guard(*lock_);
-  return {format_, tones_, contrastTable_};
+  FrameSettings settings{format_, tones_, contrastTable_};
+  static_cast<FrameShape&>(settings.format) = Shape();
+  return settings;
 }
 
 FrameSettings COrvaneImageImpl::BeginConversion() {
@@ -293,8 +287,7 @@ void COrvaneImageImpl::KeepRaw(const Source& source, std::size_t rowBytes) {
 void COrvaneImageImpl::ProcessFrame(unsigned char* frame) {
   if (!frame || !output_.Data()) return;
   const FrameSettings settings = Settings();
-  // A format set since the allocation must not write larger pixels than there is room for.
-  if (settings.SourceSamples() == 0 || PixelBytes(settings.format.outputFormat) != layout_.pixelBytes) return;
+  if (settings.SourceSamples() == 0) return;
   switch (settings.format.inputFormat) {
     case kInputSamples:
       return ProcessSamples(frame, settings);

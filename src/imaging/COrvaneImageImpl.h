@@ -17,6 +17,10 @@ namespace zel {
 /// Without memory, or for sizes below 1 or above what the bitmap header can state, `AllocateBuffers` leaves
 /// no buffer; `ProcessFrame` then does nothing. A frame holds sourceWidth x sourceHeight samples (twice as
 /// many bytes for YUV or two-byte samples); output rows whose input lies beyond it are left as they were.
+///
+/// Formats, sizes, sample size, two taps and the raw copy are the buffers' own from `AllocateBuffers` on: a
+/// frame is converted, copied and described by the shape that its buffers were made for, whatever is set
+/// meanwhile.
 class COrvaneImageImpl : public COrvaneImage {
  public:
   /// `createFilter` 0 makes an object that only holds pictures copied into it.
@@ -25,10 +29,10 @@ class COrvaneImageImpl : public COrvaneImage {
   COrvaneImageImpl(const COrvaneImageImpl&) = delete;
   COrvaneImageImpl& operator=(const COrvaneImageImpl&) = delete;
 
-  LONG GetOutputFormat() override { return Get(format_.outputFormat); }
+  LONG GetOutputFormat() override { return Get(Shape().outputFormat); }
   bool SetOutputFormat(LONG format) override;
-  LONG GetWidth() override { return Get(format_.width); }
-  LONG GetHeight() override { return Get(format_.height); }
+  LONG GetWidth() override { return Get(Shape().width); }
+  LONG GetHeight() override { return Get(Shape().height); }
   LONG GetStride() override { return layout_.outputStride; }
   unsigned char* GetBuffer() override { return output_.Data(); }
   BITMAPINFOHEADER* GetBitmapInfoHeader() override { return &header_; }
@@ -59,9 +63,9 @@ class COrvaneImageImpl : public COrvaneImage {
   void SetSaturation(LONG saturation) override;
   void SetHue(LONG degrees) override;
   void SetColorCorrection(LONG on) override;
-  LONG GetInputFormat() override { return Get(format_.inputFormat); }
+  LONG GetInputFormat() override { return Get(Shape().inputFormat); }
   void SetTwoTap(LONG twoTap) override { Set(format_.twoTap, twoTap); }
-  LONG GetTwoTap() override { return Get(format_.twoTap); }
+  LONG GetTwoTap() override { return Get(Shape().twoTap); }
 
   /// Mosaic or monochrome samples to the pixels of this class; may change the frame in place.
   virtual void ConvertRaw(unsigned char* frame) = 0;
@@ -84,7 +88,7 @@ class COrvaneImageImpl : public COrvaneImage {
   void SetWhitePixelCanceling(unsigned char enable, unsigned char threshold);
   void GetWhitePixelCanceling(unsigned char* enable, unsigned char* threshold) const;
   void SetKeepRaw(unsigned char keep) { Set(format_.keepRaw, keep != 0); }
-  bool IsKeepRaw() const { return Get(format_.keepRaw); }
+  bool IsKeepRaw() const { return Get(Shape().keepRaw); }
   void Set8BitTransfer(unsigned char on) { Set(format_.eightBitTransfer, on != 0); }
   /// One coefficient of the user's colour correction, 0..3 each, used from the next `SetColorCorrection` on.
   void SetColorMatrixElement(LONG row, LONG column, float value);
@@ -97,14 +101,17 @@ class COrvaneImageImpl : public COrvaneImage {
   void SetLock(CZELCritSec* lock) { lock_ = lock ? lock : &ownLock_; }
 
  protected:
-  /// What the last allocation was made for; frames are converted to this, whatever is set afterwards.
-  struct BufferLayout {
-    LONG width = 0, height = 0;
+  /// The shape that the last allocation latched, and what follows from it.
+  struct BufferLayout : FrameShape {
     LONG pixelBytes = 0;  ///< of the output; 0 for raw samples
     LONG outputStride = 0, rawStride = 0;
     bool operator==(const BufferLayout&) const = default;
   };
 
+  /// Of the buffers; while there are none, of those to come.
+  const FrameShape& Shape() const {
+    return output_.Data() ? static_cast<const FrameShape&>(layout_) : format_;
+  }
   FrameSettings Settings() const;
   /// The same, and makes the filter use this frame's gamma and colour matrix.
   FrameSettings BeginConversion();

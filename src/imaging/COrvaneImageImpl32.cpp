@@ -42,15 +42,12 @@ const std::array<RGBQUAD, 256>& COrvaneImageImpl32::GreyPalette() {
   return kPalette;
 }
 
-bool COrvaneImageImpl32::SortTwoTaps(std::uint8_t* frame, const FrameSettings& settings) {
+void COrvaneImageImpl32::SortTwoTaps(std::uint8_t* frame, const FrameSettings& settings) {
   const auto samples = static_cast<std::size_t>(settings.format.sourceWidth);
   const std::size_t rowBytes = samples * settings.SampleBytes();
-  // Grows only when the source width was set after the buffers were allocated.
-  if (!rowBuffer_.Reserve(rowBytes)) return false;
   for (LONG row = 0; row < settings.format.sourceHeight; ++row) {
     SortTwoTapRow(frame + std::size_t(row) * rowBytes, samples, settings.SampleBytes(), rowBuffer_.Data());
   }
-  return true;
 }
 
 void COrvaneImageImpl32::Unpack(std::uint8_t* frame, const FrameSettings& settings, LONG firstRow,
@@ -70,7 +67,7 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
   std::size_t frameBytes = settings.SourceSamples() * settings.SampleBytes();
   if (frameBytes == 0 || !filter_.WorkImage()) return;
 
-  if (format.twoTap != 0 && !SortTwoTaps(frame, settings)) return;
+  if (format.twoTap != 0) SortTwoTaps(frame, settings);
   const bool packed = format.twoTap == 0 && !format.eightBitTransfer;
   if (packed) frameBytes /= 2;
   const LONG height = layout_.height;
@@ -163,13 +160,13 @@ void COrvaneImageImpl32::WriteRows(const SampleFrame& frame, LONG endRow, const 
 void COrvaneImageImpl32::DemosaicDirectColor(LONG x, LONG y, LONG width, LONG height,
                                              const unsigned char* frame, LONG bayerMode, LONG gainR,
                                              LONG gainG, LONG gainB) {
-  DemosaicDirect(x, y, {frame, Get(format_.sourceWidth), width, height, PhaseOfMode(bayerMode)},
+  DemosaicDirect(x, y, {frame, Shape().sourceWidth, width, height, PhaseOfMode(bayerMode)},
                  {gainR, gainG, gainB}, false);
 }
 
 void COrvaneImageImpl32::DemosaicDirectMono(LONG x, LONG y, LONG width, LONG height,
                                             const unsigned char* frame, LONG bayerMode) {
-  DemosaicDirect(x, y, {frame, Get(format_.sourceWidth), width, height, PhaseOfMode(bayerMode)}, {}, true);
+  DemosaicDirect(x, y, {frame, Shape().sourceWidth, width, height, PhaseOfMode(bayerMode)}, {}, true);
 }
 
 void COrvaneImageImpl32::DemosaicDirect(LONG x, LONG y, const MosaicFrame& frame, const ColorGains& gains,

@@ -28,7 +28,7 @@ class COrvaneImageImpl32 : public COrvaneImageImpl {
   static const std::array<RGBQUAD, 256>& GreyPalette();
 
  private:
-  bool SortTwoTaps(std::uint8_t* frame, const FrameSettings& settings);
+  void SortTwoTaps(std::uint8_t* frame, const FrameSettings& settings);
   void Unpack(std::uint8_t* frame, const FrameSettings& settings, LONG firstRow, LONG endRow) const;
   /// Sums rows for grey world as the kernels see them: the first two rows are those that stand in for them.
   void AddRows(const SampleFrame& frame, LONG firstRow, LONG endRow, MosaicSums& sums) const;

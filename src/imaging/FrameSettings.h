@@ -9,19 +9,25 @@
 
 namespace zel {
 
-/// What a frame is and what becomes of it; this part of the settings belongs to the picture itself, so a
-/// copied picture takes it along.
-struct FrameFormat {
+/// What an image object's buffers are made for, and the frames that go into them. What is set counts from the
+/// next allocation on; a picture keeps the shape it was made with.
+struct FrameShape {
   LONG outputFormat = 5;
   LONG inputFormat = 0;
   bool keepRaw = false;
   bool eightBitTransfer = true;  ///< one byte per input sample, else two
   LONG twoTap = 0;               ///< also the offset of odd output rows of monochrome YUV input, in bytes
-  LONG bayerMode = 0;
-  bool colorful = true;
   LONG width = 752, height = 400;
   LONG fullWidth = 752, fullHeight = 480;
   LONG sourceWidth = 752, sourceHeight = 480;  ///< row pitch in samples, and rows, of the input
+  bool operator==(const FrameShape&) const = default;
+};
+
+/// The shape and what becomes of the samples; all that belongs to the picture itself, so that a copied
+/// picture takes it along.
+struct FrameFormat : FrameShape {
+  LONG bayerMode = 0;
+  bool colorful = true;
   bool whitePixelCanceling = false;
   LONG bayerDecodingMethod = 0;
 };

@@ -1,4 +1,5 @@
-// The store's settings that the image object works with; each reaches the running capture at once.
+// The store's settings that the image object works with; each reaches the running capture at once, but the
+// output format counts from the next one on.
 
 #include <algorithm>
 

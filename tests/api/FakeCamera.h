@@ -1,74 +1,19 @@
 #pragma once
 
-#include <functional>
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "api/CZELCamera.h"
+#include "api/RecordingStore.h"
 #include "api/TestSink.h"
 #include "device/CZELObserver.h"
-#include "property/CZELDevicePropertyImpl.h"
 
 namespace zel::test {
 
 constexpr LONG kUntouched = 0x5A5A5A5A;  ///< what out parameters hold before a call
 
-/// A store whose answers the test sets, for the operations that stand for the forms of the facade.
-class FakeStore : public CZELDevicePropertyImpl {
- public:
-  HRESULT result = S_OK;
-  LONG value = 0;
-  PropertyRecord record;
-  std::string calls;
-  std::function<void()> during;  ///< what happens while SetShutter is under way
-
-  HRESULT SetShutter(LONG v) override {
-    if (during) during();
-    return Called("SetShutter " + std::to_string(v));
-  }
-  HRESULT GetShutter(LONG* out) override { return Write(out); }
-  HRESULT GetShutterRange(LONG* low, LONG* high) override {
-    if (SUCCEEDED(result)) *low = 3, *high = 4;
-    return result;
-  }
-  HRESULT GetPropertyInfo(LONG, PropertyRecord* out) override {
-    *out = record;
-    return result;
-  }
-  HRESULT GetROI(LONG* x, LONG* y, LONG* w, LONG* h) override {
-    if (SUCCEEDED(result)) *x = 1, *y = 2, *w = 3, *h = 4;
-    return result;
-  }
-  HRESULT IsPropertySupported(LONG id) override {
-    return Called("IsPropertySupported " + std::to_string(id));
-  }
-  HRESULT GetProgrammableGamma(LONG, LONG* out) override { return Write(out); }
-  HRESULT SetSharpness(LONG v) override { return Called("SetSharpness " + std::to_string(v)); }
-  HRESULT GetSharpness(LONG* out) override { return Write(out); }
-  HRESULT SetRegisterB(unsigned char a, unsigned char v) override {
-    return Called("SetRegisterB " + std::to_string(a) + " " + std::to_string(v));
-  }
-  HRESULT GetRegisterEx(LONG address, LONG* out, LONG mode) override {
-    Called("GetRegisterEx " + std::to_string(address) + " mode " + std::to_string(mode));
-    return Write(out);
-  }
-  HRESULT SetRegisterEx(LONG mode, LONG address, LONG v) override {
-    return Called("SetRegisterEx " + std::to_string(mode) + " " + std::to_string(address) + " " +
-                  std::to_string(v));
-  }
-
- private:
-  HRESULT Called(const std::string& text) {
-    calls += text + ";";
-    return result;
-  }
-  HRESULT Write(LONG* out) {
-    *out = value;
-    return result;
-  }
-};
-
-/// A device that answers what the test sets and tells its observer what the test wants.
+/// A device that writes down what it is asked and has its own answer to every question, times `factor`. It
+/// tells its observer what the test wants.
 class FakeDevice : public CZELDevice {
  public:
   explicit FakeDevice(std::string* log = nullptr) : log_(log) {}
@@ -77,70 +22,70 @@ class FakeDevice : public CZELDevice {
     if (log_) *log_ += "deleted;";
   }
 
-  LONG answer = 1;  ///< of every operation that has no field of its own
-  LONG status = kStateClosed;
-  LONG bufferSamples = kDeliverCallback;
-  HRESULT dataResult = S_OK;
-  std::vector<unsigned char> frame;  ///< what GetData copies
-  COrvaneImage* image = nullptr;
-  LONG lastVariantType = 0;
-  void* lastDestination = nullptr;
-  FakeStore store;
+  LONG factor = 1;
+  std::string calls;  ///< "NAME ARGUMENT;"
+  RecordingStore store;
 
   void Tell(LONG event, void* param) {
     if (observer) observer->Notify(event, param, this);
   }
 
-  LONG IsSataCamera() override { return answer; }
-  LONG GetMaxCameraNum() override { return answer; }
-  LONG IsCameraValid(LONG, LONG* valid) override {
+  LONG OpenCamera(LONG index) override { return Answer(1, "OpenCamera", index); }
+  LONG IsSataCamera() override { return Answer(2, "IsSataCamera"); }
+  LONG GetMaxCameraNum() override { return Answer(3, "GetMaxCameraNum"); }
+  LONG IsCameraValid(LONG index, LONG* valid) override {
     *valid = 77;
-    return answer;
+    return Answer(4, "IsCameraValid", index);
   }
   LONG IsCameraConnected(LONG* connected) override {
     *connected = 77;
-    return answer;
+    return Answer(5, "IsCameraConnected");
   }
-  LONG OpenCamera(LONG) override { return answer; }
-  LONG GetCameraIndex() override { return answer; }
-  LONG GetCameraID() override { return answer; }
-  void SetObserver(CZELObserver* o) override { observer = o; }
-  LONG SetBufferSamples(LONG v) override { return bufferSamples = v; }
-  LONG GetBufferSamples() override { return bufferSamples; }
-  LONG SetKeepRawData(LONG) override { return 0; }
-  LONG GetKeepRawData() override { return 0; }
-  COrvaneImage* GetImage() override { return image; }
-  LONG GetCameraType() override { return answer; }
-  HRESULT GetData(void* destination, LONG variantType) override {
-    lastVariantType = variantType;
-    lastDestination = destination;
-    if (destination) std::copy(frame.begin(), frame.end(), static_cast<unsigned char*>(destination));
-    return dataResult;
-  }
-  LONG GetBitmapInfo(BITMAPINFOHEADER*) override { return 0; }
-  CZELDeviceProperty* GetProperty() override { return &store; }
-  LONG GetStatus() override { return status; }
-  LONG Play() override { return answer; }
-  LONG Pause() override { return answer; }
+  LONG GetCameraIndex() override { return Answer(6, "GetCameraIndex"); }
+  LONG GetCameraID() override { return Answer(7, "GetCameraID"); }
+  LONG GetCameraType() override { return Answer(8, "GetCameraType"); }
+  LONG GetStatus() override { return Answer(9, "GetStatus"); }
+  LONG Play() override { return Answer(10, "Play"); }
+  LONG Pause() override { return Answer(11, "Pause"); }
   LONG Stop() override {
     if (log_) *log_ += "stopped;";
-    return answer;
+    return Answer(12, "Stop");
   }
+  LONG SetBufferSamples(LONG v) override { return Answer(13, "SetBufferSamples", v); }
+  LONG GetBufferSamples() override { return Answer(14, "GetBufferSamples"); }
+  LONG SetKeepRawData(LONG v) override { return Answer(15, "SetKeepRawData", v); }
+  LONG GetKeepRawData() override { return Answer(16, "GetKeepRawData"); }
+  LONG GetBitmapInfo(BITMAPINFOHEADER*) override { return Answer(17, "GetBitmapInfo"); }
+  HRESULT GetData(const FrameDestination&, LONG) override { return Answer(18, "GetData"); }
+  COrvaneImage* GetImage() override { return nullptr; }
+  CZELDeviceProperty* GetProperty() override { return &store; }
+  void SetObserver(CZELObserver* o) override { observer = o; }
 
   CZELObserver* observer = nullptr;
 
  private:
+  template <class... Arguments>
+  LONG Answer(LONG own, const char* name, Arguments... arguments) {
+    calls += name;
+    ((calls += " " + std::to_string(arguments)), ...);
+    calls += ";";
+    return factor * own;
+  }
+
   std::string* log_;
 };
 
-struct CameraWithDevice {
-  explicit CameraWithDevice(std::string* log = nullptr)
-      : camera(NewObject<CZELCamera>()), device(new FakeDevice(log)) {
+template <class Device>
+struct CameraWith {
+  template <class... Arguments>
+  explicit CameraWith(Arguments... arguments)
+      : camera(NewObject<CZELCamera>()), device(new Device(arguments...)) {
     camera->Attach(std::unique_ptr<CZELDevice>(device));
   }
   ComPtr<CZELCamera> camera;
-  FakeDevice* device;  ///< the camera's
+  Device* device;  ///< the camera's
 };
+using CameraWithDevice = CameraWith<FakeDevice>;
 
 /// The camera's own settings object.
 inline ComPtr<IZELProperty> SettingsOf(IZELCamera& camera) {

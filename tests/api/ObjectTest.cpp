@@ -8,6 +8,7 @@
 #include "api/FakeCamera.h"
 #include "models/ModelTable.h"
 #include "platform/Environment.h"
+#include "sim/SimDriverHost.h"
 
 namespace zel::test {
 namespace {
@@ -126,6 +127,19 @@ TEST_F(Builder, DrivesThatAreNoCameras) {
     EXPECT_EQ(type, 99);
   }
   EXPECT_EQ(builder_->GetUsb3CameraType(4711, nullptr), 99);
+}
+
+TEST_F(Builder, DrivesThatAreCameras) {
+  SimConfiguration computer;
+  computer.cameras = {{61, 2}, {78, 4}};
+  std::string error;
+  const auto host = SimDriverHost::Create(computer, &error);
+  const ScopedDriverHost installed(*host);
+  for (const auto& [drive, expected] : {std::pair<LONG, LONG>{2, 61}, {4, 78}, {3, 99}}) {
+    LONG type = kUntouched;
+    EXPECT_EQ(builder_->GetUsb3CameraType(drive, &type), expected);
+    EXPECT_EQ(type, expected);
+  }
 }
 
 /// In a process of its own, as the environment is read once.

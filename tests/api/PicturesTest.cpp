@@ -4,21 +4,14 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <numeric>
 
 #include "api/FakeCamera.h"
-#include "imaging/COrvaneImageImpl32.h"
+#include "imaging/kernels/Resample.h"
 
 namespace zel::test {
 namespace {
-
-using testing::Each;
-
-/// The same array as elements that own something.
-VARIANT AsVariantArray(ArrayVariant& array) {
-  constexpr USHORT kVariantElements = 0x0800;
-  array.variant.parray->fFeatures |= kVariantElements;
-  return array.variant;
-}
 
 VARIANT Plain(VARTYPE type, void* address) {
   VARIANT variant;
@@ -28,123 +21,14 @@ VARIANT Plain(VARTYPE type, void* address) {
   return variant;
 }
 
-class GetData : public testing::Test {
- protected:
-  static constexpr std::size_t kFrame = 8 * 4 * 4;  ///< 8 x 4 pixels of 4 bytes
-
-  GetData() {
-    image_.SetOutputFormat(5);
-    image_.SetWidth(8);
-    image_.SetHeight(4);
-    image_.SetSourceWidth(8);
-    image_.SetSourceHeight(4);
-    image_.AllocateBuffers();
-    with_.device->image = &image_;
-    with_.device->frame.assign(kFrame, 0xAB);
-  }
-
-  HRESULT Take(const VARIANT& variant) {
-    written_ = kUntouched;
-    with_.device->lastVariantType = 0;
-    return with_.camera->GetData(variant, &written_);
-  }
-
-  COrvaneImageImpl32 image_{0};
-  CameraWithDevice with_;
-  LONG written_ = kUntouched;
-};
-
-TEST_F(GetData, IntoArraysAndAddresses) {
-  ArrayVariant exact(kFrame);
-  VARIANT variable = exact.variant;
-  std::vector<unsigned char> raw(kFrame);
-  struct Row {
-    VARIANT argument;
-    const unsigned char* destination;
-    LONG kind;
-  };
-  const Row rows[] = {
-      {exact.variant, exact.Data(), VT_ARRAY},
-      {exact.Reference(), exact.Data(), VT_ARRAY},
-      {Plain(VT_BYREF | VT_VARIANT, &variable), exact.Data(), VT_ARRAY},  // a script's variable
-      {Plain(VT_BYREF | VT_UI1, raw.data()), raw.data(), VT_BYREF},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.argument.vt);
-    std::fill_n(const_cast<unsigned char*>(row.destination), kFrame, 0);
-    EXPECT_EQ(Take(row.argument), S_OK);
-    EXPECT_EQ(written_, S_OK);
-    EXPECT_EQ(with_.device->lastVariantType, row.kind);
-    EXPECT_THAT(std::vector<unsigned char>(row.destination, row.destination + kFrame), Each(0xAB));
-  }
-  with_.device->dataResult = static_cast<HRESULT>(0x8000401E);
-  EXPECT_EQ(Take(exact.variant), static_cast<HRESULT>(0x8000401E));
-  EXPECT_EQ(written_, static_cast<LONG>(0x8000401E));
-}
-
-TEST_F(GetData, RefusesWithoutAskingTheDevice) {
-  ArrayVariant small(kFrame - 1), owning(kFrame);
-  struct Row {
-    VARIANT argument;
-    LONG written;
-  };
-  const Row rows[] = {
-      {Plain(VT_I4, nullptr), kUntouched},
-      {Plain(VT_EMPTY, nullptr), kUntouched},
-      {Plain(VT_ARRAY | VT_UI1, nullptr), E_FAIL},
-      {Plain(VT_BYREF | VT_UI1, nullptr), E_FAIL},
-      {Plain(VT_BYREF | VT_ARRAY | VT_UI1, nullptr), E_FAIL},
-      {small.variant, E_FAIL},
-      {small.Reference(), E_FAIL},
-      {AsVariantArray(owning), E_FAIL},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.argument.vt);
-    EXPECT_EQ(Take(row.argument), E_FAIL);
-    EXPECT_EQ(written_, row.written);
-    EXPECT_EQ(with_.device->lastVariantType, 0);
-  }
-  owning.variant.parray->fFeatures &= static_cast<USHORT>(~0x0800);
-}
-
-TEST_F(GetData, MakesTheArrayForAVariableThatHoldsNothing) {
-  VARIANT variable = Plain(VT_NULL, nullptr);
-  const VARIANT reference = Plain(VT_BYREF | VT_VARIANT, &variable);
-  with_.device->dataResult = E_FAIL;
-  EXPECT_EQ(Take(reference), E_FAIL);
-  EXPECT_EQ(written_, E_FAIL);
-  EXPECT_EQ(variable.vt, VT_NULL);
-  with_.device->dataResult = S_OK;
-  EXPECT_EQ(Take(reference), S_OK);
-  ASSERT_EQ(variable.vt, VT_ARRAY | VT_UI1);
-  ASSERT_EQ(variable.parray->rgsabound[0].cElements, kFrame);
-  const auto* const data = static_cast<const unsigned char*>(variable.parray->pvData);
-  EXPECT_THAT(std::vector<unsigned char>(data, data + kFrame), Each(0xAB));
-  VariantClear(&variable);
-  with_.device->image = nullptr;  // not playing: no size
-  EXPECT_EQ(Take(reference), E_FAIL);
-  EXPECT_EQ(with_.device->lastVariantType, 0);
-  EXPECT_EQ(variable.vt, VT_EMPTY);
-  with_.device->bufferSamples = kDeliverOnDemand;  // nothing is copied
-  EXPECT_EQ(Take(reference), S_OK);
-  EXPECT_EQ(variable.vt, VT_EMPTY);
-}
-
-/// The mode that is set may not be the one that runs: a device that copies after all must find no address.
-TEST_F(GetData, OnDemandBringsNoAddressOfTooSmallAnArray) {
-  with_.device->bufferSamples = kDeliverOnDemand;
-  ArrayVariant small(kFrame - 1);
-  EXPECT_EQ(Take(small.variant), S_OK);
-  EXPECT_EQ(with_.device->lastDestination, nullptr);
-}
-
 class SaveImage : public testing::Test {
  protected:
-  HRESULT Save(const VARIANT& bits, LONG width, LONG height, LONG bitCount, LONG stride, bool named = true) {
+  HRESULT Save(const VARIANT& bits, LONG width, LONG height, LONG bitCount, LONG stride, bool named = true,
+               LONG format = 0, LONG gray = 0) {
     const std::u16string path = path_.u16string();
     BSTR name = SysAllocString(reinterpret_cast<const OLECHAR*>(path.c_str()));
     const HRESULT result =
-        camera_->SaveImage(named ? name : nullptr, bits, width, height, bitCount, stride, 0, 0);
+        camera_->SaveImage(named ? name : nullptr, bits, width, height, bitCount, stride, format, gray);
     SysFreeString(name);
     return result;
   }
@@ -176,6 +60,15 @@ TEST_F(SaveImage, NeedsAllBytesOfThePicture) {
     EXPECT_EQ(std::filesystem::file_size(path_), row.fileSize);
     std::filesystem::remove(path_);
   }
+}
+
+TEST_F(SaveImage, InTheFormatAsked) {
+  ArrayVariant array(5 * 3 * 4);
+  EXPECT_EQ(Save(array.variant, 5, 3, 32, 0, true, 0, 1), S_OK);
+  EXPECT_EQ(std::filesystem::file_size(path_), 1078u + 15) << "grey";
+  EXPECT_EQ(Save(array.variant, 5, 3, 32, 0, true, 1, 0), S_OK);
+  std::ifstream file(path_, std::ios::binary);
+  EXPECT_EQ(file.get() << 8 | file.get(), 0xFFD8) << "JPEG";
 }
 
 TEST_F(SaveImage, RefusesBadArguments) {
@@ -210,6 +103,15 @@ TEST(Resample, WorksOnlyInsideBothArrays) {
               S_OK);
     EXPECT_EQ(destination.Data()[0], row.done ? 0x77 : 0);
   }
+}
+
+TEST(Resample, TakesEachSizeForWhatItIs) {
+  ArrayVariant source(5 * 2 * 4), destination(3 * 4 * 4);
+  std::iota(source.Data(), source.Data() + 40, std::uint8_t{0});
+  std::vector<std::uint8_t> expected(48);
+  ResampleBilinear(source.Data(), 5, 2, expected.data(), 3, 4);
+  NewObject<CZELCamera>()->Resample(source.variant, 5, 2, destination.variant, 3, 4, 0);
+  EXPECT_EQ(std::vector<std::uint8_t>(destination.Data(), destination.Data() + 48), expected);
 }
 
 }  // namespace

@@ -1,4 +1,8 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <array>
+#include <set>
 
 #include "api/CZELProperty.h"
 #include "api/FakeCamera.h"
@@ -7,134 +11,140 @@ namespace zel::test {
 namespace {
 
 struct Facade : CameraWithDevice {
-  FakeStore& store = device->store;
+  RecordingStore& store = device->store;
   ComPtr<IZELProperty> settings = SettingsOf(*camera.Get());
 };
 
-TEST(Property, ForwardsArgumentsAndResult) {
-  Facade f;
-  for (const HRESULT result : {S_OK, S_FALSE, E_NOTIMPL}) {
-    f.store.result = result;
-    EXPECT_EQ(f.settings->SetShutter(-7), result);
+using Outs = std::array<LONG, 4>;
+constexpr Outs kNothing{kUntouched, kUntouched, kUntouched, kUntouched};
+
+enum class Form { Forward, Value, Range, Rectangle, Support, Gamma, Ignoring, IgnoringValue };
+
+/// One method: called with 11, 22, 33, 44 it reaches `calls`.
+struct Method {
+  const char* name;
+  Form form;
+  std::string calls;
+  HRESULT (*call)(IZELProperty&, LONG* const* outs);
+  LONG value = 71;  ///< of `RecordingStore`'s
+};
+
+unsigned char serialNumber[] = "ZEL12345";
+
+#define ZEL_CALL(name, ...) \
+  [](IZELProperty& p, [[maybe_unused]] LONG* const* o) { return p.name(__VA_ARGS__); }
+#define ZEL_METHOD(name, form, arguments, ...) \
+  {#name, Form::form, #name arguments ";", ZEL_CALL(name, __VA_ARGS__)},
+#define ZEL_M_FORWARD_0(name) ZEL_METHOD(name, Forward, "")
+#define ZEL_M_FORWARD_1(name) ZEL_METHOD(name, Forward, " 11", 11)
+#define ZEL_M_FORWARD_2(name) ZEL_METHOD(name, Forward, " 11 22", 11, 22)
+#define ZEL_M_FORWARD_3(name) ZEL_METHOD(name, Forward, " 11 22 33", 11, 22, 33)
+#define ZEL_M_FORWARD_4(name) ZEL_METHOD(name, Forward, " 11 22 33 44", 11, 22, 33, 44)
+#define ZEL_M_VALUE_0(name) ZEL_METHOD(name, Value, " *", o[0])
+#define ZEL_M_VALUE_1(name) ZEL_METHOD(name, Value, " 11 *", 11, o[0])
+#define ZEL_M_RANGE_0(name) ZEL_METHOD(name, Range, " * *", o[0], o[1])
+#define ZEL_M_RANGE_1(name) ZEL_METHOD(name, Range, " 11 * *", 11, o[0], o[1])
+#define ZEL_M_RECTANGLE(name) ZEL_METHOD(name, Rectangle, " * * * *", o[0], o[1], o[2], o[3])
+#define ZEL_M_IGNORING_0(name) ZEL_METHOD(name, Ignoring, "")
+#define ZEL_M_IGNORING_1(name) ZEL_METHOD(name, Ignoring, " 11", 11)
+#define ZEL_M_IGNORING_VALUE(name) ZEL_METHOD(name, IgnoringValue, " *", o[0])
+#define ZEL_M_IGNORING_TEXT(name) ZEL_METHOD(name, Ignoring, " ZEL12345", serialNumber)
+#define ZEL_M_RECORD(name, field) \
+  {#name, Form::Value, "GetPropertyInfo 11;", ZEL_CALL(name, 11, o[0]), field},
+
+// clang-format off
+const std::vector<Method> kMethods = {
+    ZEL_M_FORWARD_0(ChangePIDtoDS) ZEL_FORWARDING_1(ZEL_M_FORWARD_1) ZEL_FORWARDING_2(ZEL_M_FORWARD_2)
+    ZEL_M_FORWARD_3(SetRegisterEx) ZEL_FORWARDING_4(ZEL_M_FORWARD_4)
+    ZEL_METHOD(SetRegisterB, Forward, " 255 128", 0xFF, 0x80)
+    ZEL_VALUES_0(ZEL_M_VALUE_0) ZEL_VALUES_1(ZEL_M_VALUE_1)
+    ZEL_METHOD(GetRegisterB, Value, " 254 *", 0xFE, o[0])
+    ZEL_METHOD(GetRegisterEx, Value, " 22 * 11", 11, 22, o[0])
+    ZEL_M_RECORD(GetProperty, 71) ZEL_M_RECORD(GetPropertyDefault, 72)
+    ZEL_M_RECORD(GetPropertyMin, 73) ZEL_M_RECORD(GetPropertyMax, 74)
+    ZEL_RANGES_0(ZEL_M_RANGE_0) ZEL_RANGES_1(ZEL_M_RANGE_1) ZEL_RECTANGLES(ZEL_M_RECTANGLE)
+    {"IsPropertySupported", Form::Support, "IsPropertySupported 11;IsPropertySupported 11;",
+     ZEL_CALL(IsPropertySupported, 11, o[0])},
+    ZEL_METHOD(GetProgrammableGamma, Gamma, " 11 *", 11, o[0])
+    ZEL_IGNORING_0(ZEL_M_IGNORING_0) ZEL_IGNORING_1(ZEL_M_IGNORING_1)
+    ZEL_IGNORING_VALUES(ZEL_M_IGNORING_VALUE) ZEL_IGNORING_TEXTS(ZEL_M_IGNORING_TEXT)
+};
+// clang-format on
+
+/// What a method makes of an operation's result and of what that wrote, or didn't.
+std::pair<HRESULT, Outs> Answer(const Method& method, HRESULT result, bool writes) {
+  const LONG value = writes ? method.value : 0;
+  Outs outs = kNothing;
+  switch (method.form) {
+    case Form::Forward:
+      return {result, outs};
+    case Form::Value:
+      if (FAILED(result)) return {result, outs};
+      outs[0] = value;
+      return {value, outs};
+    case Form::Range:
+      outs[0] = writes ? 71 : 0;
+      outs[1] = writes ? 72 : 300;
+      return {result, outs};
+    case Form::Rectangle:
+      return {result, writes ? Outs{71, 72, 73, 74} : Outs{}};
+    case Form::Support:
+      outs[0] = result;
+      return {result, outs};
+    case Form::Gamma:
+      outs[0] = value;
+      return {result, outs};
+    case Form::Ignoring:
+      return {S_OK, outs};
+    case Form::IgnoringValue:
+      if (writes) outs[0] = value;
+      return {S_OK, outs};
   }
-  f.store.calls.clear();
-  f.settings->SetRegisterB(0xFF, 0x80);
-  f.settings->SetRegisterEx(1, 2, 3);
-  f.settings->GetRegisterEx(7, 0x1234, nullptr);
-  EXPECT_EQ(f.store.calls, "SetRegisterB 255 128;SetRegisterEx 1 2 3;GetRegisterEx 4660 mode 7;");
+  return {};
 }
 
-struct ValueRow {
-  HRESULT operation;
-  LONG value;
-  HRESULT result;
-  LONG written;
-};
-// The value itself is the result, also a negative one; a failure writes nothing.
-const ValueRow kValues[] = {
-    {S_OK, 300, 300, 300},
-    {S_OK, 0, 0, 0},
-    {S_OK, -10, -10, -10},
-    {S_FALSE, 5, 5, 5},
-    {E_NOTIMPL, 800, E_NOTIMPL, kUntouched},
-};
+HRESULT Call(const Method& method, IZELProperty& settings, Outs& outs) {
+  outs = kNothing;
+  LONG* const pointers[] = {&outs[0], &outs[1], &outs[2], &outs[3]};
+  return method.call(settings, pointers);
+}
 
-TEST(Property, ValueGettersAndRecords) {
-  using Call = HRESULT (*)(IZELProperty&, LONG*);
-  const Call calls[] = {
-      [](IZELProperty& p, LONG* out) { return p.GetShutter(out); },
-      [](IZELProperty& p, LONG* out) { return p.GetRegisterEx(1, 2, out); },
-      [](IZELProperty& p, LONG* out) { return p.GetProperty(13, out); },
-      [](IZELProperty& p, LONG* out) { return p.GetPropertyDefault(13, out); },
-      [](IZELProperty& p, LONG* out) { return p.GetPropertyMin(13, out); },
-      [](IZELProperty& p, LONG* out) { return p.GetPropertyMax(13, out); },
-  };
-  for (const ValueRow& row : kValues) {
-    Facade f;
-    f.store.result = row.operation;
-    f.store.value = row.value;
-    for (std::size_t n = 0; n < std::size(calls); ++n) {
-      SCOPED_TRACE(n);
-      f.store.record = {
-          .minimum = -1, .maximum = -1, .defaultValue = -1, .current = -1, .supported = 1, .spare = -1};
-      LONG PropertyRecord::*const fields[] = {&PropertyRecord::current, &PropertyRecord::defaultValue,
-                                              &PropertyRecord::minimum, &PropertyRecord::maximum};
-      if (n >= 2) f.store.record.*fields[n - 2] = row.value;
-      LONG out = kUntouched;
-      EXPECT_EQ(calls[n](*f.settings.Get(), &out), row.result);
-      EXPECT_EQ(out, row.written);
-      EXPECT_EQ(calls[n](*f.settings.Get(), nullptr), row.result);
+TEST(Property, EveryMethodReachesItsOperationAndAnswersInItsForm) {
+  std::set<std::string> names;
+  for (const Method& method : kMethods) names.insert(method.name);
+  EXPECT_EQ(names.size(), 125u);
+  Facade f;
+  for (const Method& method : kMethods) {
+    for (const HRESULT result : {S_OK, S_FALSE, E_NOTIMPL}) {
+      for (const bool writes : {true, false}) {
+        SCOPED_TRACE(testing::Message() << method.name << ", " << result << (writes ? " written" : ""));
+        f.store.result = result;
+        f.store.writes = writes;
+        f.store.calls.clear();
+        const auto [expected, written] = Answer(method, result, writes);
+        Outs outs;
+        EXPECT_EQ(Call(method, *f.settings.Get(), outs), expected);
+        EXPECT_EQ(outs, written);
+        EXPECT_EQ(f.store.calls, method.calls);
+        LONG* const nowhere[4] = {};
+        EXPECT_EQ(method.call(*f.settings.Get(), nowhere), expected);
+      }
     }
   }
 }
 
-TEST(Property, RangesAndRectanglesAreWrittenWhateverTheResult) {
-  Facade f;
-  LONG low = kUntouched, high = kUntouched, x = kUntouched, y = 0, w = 0, h = 0;
-  EXPECT_EQ(f.settings->GetShutterRange(&low, &high), S_OK);
-  EXPECT_EQ(low * 10 + high, 34);
-  EXPECT_EQ(f.settings->GetROI(&x, &y, &w, &h), S_OK);
-  EXPECT_EQ(x * 1000 + y * 100 + w * 10 + h, 1234);
-  f.store.result = E_NOTIMPL;
-  EXPECT_EQ(f.settings->GetShutterRange(&low, &high), E_NOTIMPL);
-  EXPECT_EQ(low, 0);
-  EXPECT_EQ(high, 300);
-  EXPECT_EQ(f.settings->GetROI(&x, nullptr, &w, nullptr), E_NOTIMPL);
-  EXPECT_EQ(x, 0);
-  EXPECT_EQ(f.settings->GetShutterRange(nullptr, nullptr), E_NOTIMPL);
-}
-
-TEST(Property, SupportTestAsksTwiceAndWritesTheFirstAnswer) {
-  Facade f;
-  f.store.result = E_NOTIMPL;
-  LONG out = kUntouched;
-  EXPECT_EQ(f.settings->IsPropertySupported(11, &out), E_NOTIMPL);
-  EXPECT_EQ(out, E_NOTIMPL);
-  EXPECT_EQ(f.store.calls, "IsPropertySupported 11;IsPropertySupported 11;");
-  f.store.calls.clear();
-  EXPECT_EQ(f.settings->IsPropertySupported(11, nullptr), E_NOTIMPL);
-  EXPECT_EQ(f.store.calls, "IsPropertySupported 11;");
-}
-
-TEST(Property, GammaPointsAndIgnoredResults) {
-  Facade f;
-  f.store.result = E_NOTIMPL;
-  f.store.value = 9;
-  LONG out = kUntouched;
-  EXPECT_EQ(f.settings->GetProgrammableGamma(42, &out), E_NOTIMPL);
-  EXPECT_EQ(out, 9);
-  EXPECT_EQ(f.settings->GetProgrammableGamma(42, nullptr), E_NOTIMPL);
-  EXPECT_EQ(f.settings->SetSharpness(1000), S_OK);
-  EXPECT_EQ(f.store.calls, "SetSharpness 1000;");
-  out = kUntouched;
-  EXPECT_EQ(f.settings->GetSharpness(&out), S_OK);
-  EXPECT_EQ(out, 9);
-  EXPECT_EQ(f.settings->GetSharpness(nullptr), S_OK);
-}
-
-void ExpectNoCamera(IZELProperty& settings) {
-  LONG out = kUntouched, other = kUntouched;
-  EXPECT_EQ(settings.SetShutter(1), E_HANDLE);
-  EXPECT_EQ(settings.GetShutter(&out), E_HANDLE);
-  EXPECT_EQ(settings.GetShutterRange(&out, &other), E_HANDLE);
-  EXPECT_EQ(settings.GetProperty(1, &out), E_HANDLE);
-  EXPECT_EQ(settings.GetROI(&out, &other, &out, &other), E_HANDLE);
-  EXPECT_EQ(settings.IsPropertySupported(1, &out), E_HANDLE);
-  EXPECT_EQ(settings.GetProgrammableGamma(1, &out), E_HANDLE);
-  EXPECT_EQ(settings.SetSharpness(1), E_HANDLE);
-  EXPECT_EQ(out, kUntouched);
-  EXPECT_EQ(other, kUntouched);
-}
-
 TEST(Property, WithoutACameraAndAfterIt) {
-  ExpectNoCamera(*NewObject<CZELProperty>().Get());
-  ComPtr<IZELProperty> settings;
-  {
-    Facade f;
-    settings = SettingsOf(*f.camera.Get());
-    EXPECT_EQ(settings->SetShutter(1), S_OK);
+  auto f = std::make_unique<Facade>();
+  const ComPtr<IZELProperty> settings = SettingsOf(*f->camera.Get());
+  f.reset();
+  const auto bare = NewObject<CZELProperty>();
+  for (const Method& method : kMethods) {
+    for (IZELProperty* orphan : {settings.Get(), static_cast<IZELProperty*>(bare.Get())}) {
+      Outs outs;
+      EXPECT_EQ(Call(method, *orphan, outs), E_HANDLE) << method.name;
+      EXPECT_EQ(outs, kNothing) << method.name;
+    }
   }
-  ExpectNoCamera(*settings.Get());
 }
 
 TEST(Property, ACallUnderWayKeepsTheDeviceUntilItReturns) {

@@ -136,7 +136,6 @@ TEST(CaptureEngine, TriggeredStopTakesTheWholePatience) {
   listener.AwaitFrames(5);
   const std::uint64_t elapsed = ElapsedMs([&] { EXPECT_EQ(camera.Stop(), 1); });
   EXPECT_GE(elapsed, 1990u);
-  EXPECT_LT(elapsed, 4000u);
   EXPECT_EQ(camera.triggeredReads, static_cast<int>(camera.frames));
   EXPECT_TRUE(listener.inOrder);
 }
@@ -145,23 +144,20 @@ TEST(CaptureEngine, ReadThatOutlivesStopHurtsNobody) {
   for (const LONG next : {kDeliverCallback, kDeliverOnDemand}) {
     SCOPED_TRACE(next);
     Listener listener;
-    Event blocked;
-    Event never;
+    Event blocked, release;
     std::atomic<bool> stuck = true;
     FakeCamera camera;  // goes first
     camera.SetObserver(&listener);
     camera.onRead = [&](unsigned char* buffer) {
       if (!stuck.exchange(false)) return camera.NextFrame(buffer);
       blocked.Set();
-      never.Wait(3000);
+      release.Wait();
       return camera.NextFrame(buffer);  // writes to the buffer of a capture that is over
     };
     camera.OpenCamera(0);
     ASSERT_EQ(camera.Play(), 1);
     blocked.Wait();
-    const std::uint64_t elapsed = ElapsedMs([&] { EXPECT_EQ(camera.Stop(), 1); });
-    EXPECT_GE(elapsed, 1990u);
-    EXPECT_LT(elapsed, 2900u);
+    EXPECT_GE(ElapsedMs([&] { EXPECT_EQ(camera.Stop(), 1); }), 1990u);
     EXPECT_EQ(camera.GetImage(), nullptr);
     camera.SetBufferSamples(next);
     ASSERT_EQ(camera.Play(), 1);
@@ -169,16 +165,20 @@ TEST(CaptureEngine, ReadThatOutlivesStopHurtsNobody) {
       camera.store.SetTimeout(1);
       EXPECT_EQ(camera.GetData(nullptr, 0), E_FAIL);
       camera.store.SetTimeout(20000);
+      release.Set();
       EXPECT_EQ(camera.GetData(nullptr, 0), S_OK);
     } else {
+      release.Set();
       listener.AwaitFrames(3);
     }
     EXPECT_EQ(camera.mostReaders, 1);
     if (next == kDeliverCallback) {
-      // And once more: destruction during a read.
+      // And once more: destruction during a read, which comes back when the streaming has been ended.
       blocked.Reset();
+      release.Reset();
       stuck = true;
       blocked.Wait();
+      camera.onEnd = [&] { release.Set(); };
     }
   }
 }

@@ -82,11 +82,43 @@ TEST_F(Queue, HoldsTheTwoNewestInOrder) {
   queue.Clear();
   EXPECT_EQ(Get(), -1);
   Put(6);
+  unsigned char pixels[4] = {9, 9, 9, 9};
   EXPECT_EQ(queue.Get(nullptr, 0), E_FAIL);
-  EXPECT_EQ(Get(), 6);
+  EXPECT_EQ(queue.Get({pixels, 3}, 0), E_FAIL);
+  EXPECT_EQ(pixels[0], 9);
+  EXPECT_EQ(Get(), 6) << "what does not fit stays";
   Put(7);
   queue.Close();
   EXPECT_EQ(Get(), -1);
+}
+
+// A wake-up without a frame, as when another reader was faster, neither ends a wait nor prolongs it.
+TEST_F(Queue, WakeUpsWithoutAFrame) {
+  queue.SetCopies(Picture(), Picture());
+  const auto wakeUp = [&] {
+    const CritSecGuard guard(lock);
+    Put(1);
+    queue.Clear();
+  };
+  for (const bool comes : {true, false}) {
+    Event begun, ended;
+    int got = 0;
+    const Worker reader([&] {
+      begun.Set();
+      got = Get(comes ? kForever : 50);
+      ended.Set();
+    });
+    begun.Wait();
+    constexpr std::uint64_t kHangNs = 20'000'000'000;
+    const std::uint64_t start = NowNs();
+    for (int n = 0; comes ? n < 300 : !ended.Wait(0) && NowNs() - start < kHangNs; ++n) {
+      wakeUp();
+      std::this_thread::yield();
+    }
+    if (comes) Put(7);
+    EXPECT_TRUE(ended.Wait(comes ? kForever : 0));
+    EXPECT_EQ(got, comes ? 7 : -1);
+  }
 }
 
 }  // namespace

@@ -35,6 +35,11 @@ class FakeStore : public CZELDevicePropertyImpl {
   }
   using CZELDevicePropertyImpl::Edit;
   using CZELDevicePropertyImpl::settings_;
+  LONG OnCaptureStopped() override {
+    onStopped();
+    return 0;
+  }
+  std::function<void()> onStopped = [] {};
 };
 
 /// A camera of numbered frames (1, 2, ...) without hardware. `onRead` decides what a read does.
@@ -66,7 +71,10 @@ class FakeCamera : public CZELDeviceImpl {
     ApplyFrameGeometry();
     return AllocateRawBuffers(rawBytes);
   }
-  LONG EndCapture() override { return ++ends; }
+  LONG EndCapture() override {
+    onEnd();
+    return ++ends;
+  }
   void AbortTransfer() override {
     ++aborts;
     aborted.Set();
@@ -94,7 +102,7 @@ class FakeCamera : public CZELDeviceImpl {
   using CZELDeviceImpl::geometry_;
   FakeStore store;
   std::function<LONG(unsigned char*)> onRead = [this](unsigned char* buffer) { return NextFrame(buffer); };
-  std::function<void()> onAbort;
+  std::function<void()> onAbort, onEnd = [] {};
   std::int64_t rawBytes = kFrameBytes;
   LONG openResult = 1;
   int opens = 0, closes = 0, ends = 0, aborts = 0;

@@ -384,6 +384,29 @@ TEST_F(SataTransport, RegistersOfAPlayingCameraAreReachedBetweenFrames) {
   EXPECT_FALSE(property.HasPendingChanges());
 }
 
+TEST_F(SataTransport, OnDemandAPictureIsANewOneOrThereIsNone) {
+  property.SetOutputFormat(0);
+  Play();
+  host.logTransfers = false;
+  EXPECT_EQ(camera.GetData(nullptr, 0), S_OK);
+  EXPECT_EQ(camera.GetImage()->GetBuffer()[0], 0xA1);
+  property.SetShutter(1800);
+  host.takeWrite = [this](auto, auto) {  // the camera starts anew
+    host.sectors[kAreaA].assign(512, 0xA2);
+    host.sectors[kAreaB].assign(512, 0xB2);
+  };
+  EXPECT_EQ(camera.GetData(nullptr, 0), S_OK);
+  EXPECT_EQ(camera.GetImage()->GetBuffer()[0], 0xA2) << "the one after the change";
+  // Unplugged: every read brings nothing.
+  host.beforeRead = [](auto, auto& bytes) { bytes.clear(); };
+  property.SetTimeout(100);
+  const std::uint64_t start = host.Milliseconds();
+  EXPECT_EQ(camera.GetData(nullptr, 0), E_FAIL);
+  EXPECT_GE(host.Milliseconds() - start, 100u);
+  EXPECT_LE(host.Milliseconds() - start, 120u);
+  EXPECT_EQ(camera.GetImage()->GetBuffer()[0], 0xA2);
+}
+
 TEST_F(SataTransport, OpensAVolumeByItsLetter) {
   EXPECT_EQ(camera.GetMaxCameraNum(), 26);
   EXPECT_NE(camera.IsSataCamera(), 0);
