@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <iterator>
 #include <random>
 
 #include "imaging/EachTarget.h"
@@ -45,7 +47,9 @@ TEST_P(Filters, MosaicDefectsAsReference) {
       ASSERT_EQ(frame.Copy(), expected);
 
       // A shorter frame than its width promises: nothing behind its end is read.
-      const ColorGains gains{Below(400), Below(400), Below(400)};
+      constexpr int kExtremes[] = {INT_MIN, -80'000'000, -1, 80'000'000, INT_MAX};
+      const auto gain = [&] { return Below(3) ? Below(400) : kExtremes[Below(std::size(kExtremes))]; };
+      const ColorGains gains{gain(), gain(), gain()};
       expected = Noise(static_cast<std::size_t>(std::max(1, width * height - (height > 8 ? Below(90) : 0))));
       GuardedBytes bright(expected);
       const int least = Below(8) ? threshold : 0;
