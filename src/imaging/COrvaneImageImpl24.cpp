@@ -50,7 +50,7 @@ void COrvaneImageImpl24::ConvertRaw(unsigned char* frame) {
       GreyWorldGains24(frame, format.sourceWidth, std::min(layout_.height, format.sourceHeight),
                        format.bayerMode, &r, &g, &b);
     } else {
-      const LONG rows = RowsInside(2 * samples, std::size_t(format.sourceWidth),
+      const LONG rows = RowsInside(samples, std::size_t(format.sourceWidth),
                                    static_cast<std::size_t>(layout_.width), layout_.height);
       WhitePointGains24(frame, format.sourceWidth, layout_.width, rows, format.bayerMode, &r, &g, &b);
     }

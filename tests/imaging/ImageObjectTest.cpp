@@ -296,6 +296,31 @@ TEST(ImageObject, AutomaticGainsAreUsedAndStored) {
   }
 }
 
+// Two-byte samples of a reddish white, and then a frame without any white.
+TEST(ImageObject, TheWhitePointIsFoundInTwoByteSamples) {
+  const auto image = NewImage(4, 16, 12);
+  image->Set8BitTransfer(0);
+  image->SetAutoWhiteBalance(2);
+  const struct {
+    int red, green, blue;
+    LONG gainR, gainG, gainB;
+  } kRows[] = {{240, 230, 220, 123, 128, 134}, {90, 90, 90, 128, 100, 128}};
+  for (const auto& row : kRows) {
+    Bytes frame;
+    for (int i = 0; i < 192; ++i) {
+      const char color = reference::ColorAt(0, i / 16, i % 16);
+      frame.push_back(static_cast<std::uint8_t>(color == 'R'   ? row.red
+                                                : color == 'G' ? row.green
+                                                               : row.blue));
+      frame.push_back(0);
+    }
+    Convert(*image, frame);
+    EXPECT_EQ(image->GetColorGainR(), row.gainR);
+    EXPECT_EQ(image->GetColorGainG(), row.gainG);
+    EXPECT_EQ(image->GetColorGainB(), row.gainB);
+  }
+}
+
 TEST(ImageObject, DefectsAreGoneOnBothDemosaicPaths) {
   for (int i = 0; i < 4; ++i) {
     const auto image = NewImage(5, 20, 20);

@@ -10,7 +10,8 @@
 #include "imaging/ColorTemperature.h"
 #include "imaging/EachTarget.h"
 #include "imaging/GuardedBytes.h"
-#include "imaging/kernels/DirectDemosaic.h"
+#include "imaging/kernels/NearlyWhite.h"
+#include "imaging/kernels/PlaneRow.h"
 
 namespace zel {
 namespace {
@@ -122,19 +123,32 @@ TEST_P(WhiteBalance, StatisticsLeaveOutDarkOutlyingAndUnlookedCells) {
   EXPECT_EQ(mosaic.Balance(1), (Gains{128, 128, 128}));
 }
 
+/// Little-endian two-byte samples of `factor` times these values.
+std::vector<std::uint8_t> TwoBytes(const std::vector<std::uint8_t>& samples, int factor) {
+  std::vector<std::uint8_t> bytes;
+  for (const int sample : samples) {
+    bytes.push_back(static_cast<std::uint8_t>(sample * factor));
+    bytes.push_back(static_cast<std::uint8_t>(sample * factor >> 8));
+  }
+  return bytes;
+}
+
 TEST_P(WhiteBalance, WhitePointOfThe24BitClass) {
   struct Case {
     Color color;
+    int factor;
     Gains expected;
   };
-  const Case cases[] = {{{255, 255, 255}, {128, 128, 128}},
-                        {{240, 230, 220}, {123, 128, 134}},
-                        {{200, 200, 200}, {128, 100, 128}},   // not bright enough
-                        {{255, 220, 180}, {128, 100, 128}}};  // too coloured
+  const Case cases[] = {{{255, 255, 255}, 1, {128, 128, 128}}, {{240, 230, 220}, 1, {123, 128, 134}},
+                        {{240, 230, 220}, 4, {123, 128, 134}},   // ten bits
+                        {{60, 58, 55}, 257, {124, 128, 135}},    // sixteen
+                        {{200, 200, 200}, 1, {128, 100, 128}},   // not bright enough
+                        {{255, 220, 180}, 1, {128, 100, 128}}};  // too coloured
   for (const Case& c : cases) {
     for (LONG mode = 0; mode < 4; ++mode) {
       Gains g = kBefore;
-      WhitePointGains24(Mosaic(11, 8, mode, c.color).Packed().data(), 11, 9, 8, mode, &g[0], &g[1], &g[2]);
+      GuardedBytes frame(TwoBytes(Mosaic(11, 8, mode, c.color).Packed(), c.factor));
+      WhitePointGains24(frame.data(), 11, 9, 8, mode, &g[0], &g[1], &g[2]);
       EXPECT_EQ(g, c.expected) << c.color.r << ", mode " << mode;
     }
   }
@@ -142,16 +156,22 @@ TEST_P(WhiteBalance, WhitePointOfThe24BitClass) {
 
 TEST_P(WhiteBalance, NearlyWhiteSumsAsTheirFormula) {
   for (int width = 5; width < 220; width = width * 5 / 4 + 1) {
-    for (int mode = 0; mode < 4; ++mode) {
-      // Bright noise around the limit.
-      std::vector<std::uint8_t> frame(static_cast<std::size_t>(4 * width));
-      for (std::size_t i = 0; i < frame.size(); ++i)
-        frame[i] = static_cast<std::uint8_t>(205 + i * i * 31 % 50);
+    for (int mode = 0; mode < 8; ++mode) {
+      // Bright noise around the limit, or anything up to the largest samples.
+      std::vector<int> samples;
+      for (int i = 0; i < 4 * width; ++i) {
+        samples.push_back(mode < 4 ? 205 + i * i * 31 % 50 : i * i % 7 == 0 ? 65535 : i * i % 911 * 65);
+      }
+      std::vector<std::uint8_t> frame;
+      for (const int sample : samples) {
+        frame.push_back(static_cast<std::uint8_t>(sample));
+        frame.push_back(static_cast<std::uint8_t>(sample >> 8));
+      }
       WhiteSums expected, sums;
-      const BayerPhase phase = PhaseOfMode(mode);
+      const BayerPhase phase = PhaseOfMode(mode % 4);
       for (int x = 2; x < width - 2; ++x) {
-        const BayerSample s = DirectColorAt(&frame[static_cast<std::size_t>(2 * width + x)], width, phase.row,
-                                            PhaseAt(phase, 0, x).column);
+        const BayerSample s = DirectColorAt(&samples[static_cast<std::size_t>(2 * width + x)], width,
+                                            phase.row, PhaseAt(phase, 0, x).column);
         const int r = s.red / 16, g = s.green, b = s.blue / 16;
         const double cb = -0.1687 * r - 0.3313 * g + 0.5 * b, cr = 0.5 * r - 0.4187 * g - 0.0813 * b;
         if (0.299 * r + 0.587 * g + 0.114 * b - std::abs(cb) - std::abs(cr) <= 200.5) continue;
@@ -160,9 +180,8 @@ TEST_P(WhiteBalance, NearlyWhiteSumsAsTheirFormula) {
         expected.blue += static_cast<std::uint64_t>(b);
         ++expected.count;
       }
-      GuardedBytes guarded(frame);
-      const std::uint8_t* row = guarded.data();
-      AddNearlyWhite({row, row + width, row + 2 * width, row + 3 * width}, width, phase, sums);
+      GuardedBytes guarded(frame, mode % 2 ? GuardedBytes::Guard::Before : GuardedBytes::Guard::Behind);
+      AddNearlyWhite(guarded.data() + 4 * width, width, width, phase, sums);
       ASSERT_EQ(sums.count, expected.count) << width;
       ASSERT_EQ(sums.red, expected.red) << width;
       ASSERT_EQ(sums.green, expected.green) << width;
