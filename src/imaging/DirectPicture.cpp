@@ -36,7 +36,7 @@ const std::uint8_t* DirectPicture::Row(int row) {
 }
 
 void DirectPicture::WriteRows(int endRow, PictureWriter& writer) {
-  if (!Exists(frame_)) return;
+  if (!Exists(frame_.width, frame_.height)) return;
   for (endRow = std::min(endRow, frame_.height); next_ < endRow; ++next_) {
     const int row = std::clamp(next_, kBorder, frame_.height - kBorder - 1);
     const PlaneRow colors = writer.NextRow();
