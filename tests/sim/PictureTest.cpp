@@ -190,7 +190,7 @@ TEST(Chart, IsWellExposedAndCarriesItsNumberInEverySetting) {
   }
 }
 
-TEST(PhotoScene, CoversTheSensorInLinearLight) {
+TEST(PhotoScene, CoversTheSensorWithItsCodes) {
   // Black, red, white, black beside one another: a target half as wide shows the middle.
   const Picture picture{
       4, 2, {0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0, 0, 0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0, 0}};
