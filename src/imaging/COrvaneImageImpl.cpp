@@ -238,7 +238,7 @@ void COrvaneImageImpl::CopyTo(COrvaneImage* destination) {
                           theirs.outputFormat == format.outputFormat &&
                           theirs.inputFormat == format.inputFormat;
   const bool hasRoom =
-      copy->output_.Data() && copy->layout_ == layout_ && (!rawCopy_.Data() || copy->rawCopy_.Data());
+      copy->output_.Data() && copy->layout_ == layout_ && !rawCopy_.Data() == !copy->rawCopy_.Data();
   if (!sameFormat || !hasRoom) {
     copy->Set(copy->format_, format);
     copy->AllocateBuffers();

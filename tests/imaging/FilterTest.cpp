@@ -94,8 +94,26 @@ TEST_P(Filters, ResampleAsReference) {
   }
 }
 
+// Rows are read in windows of two vectors for steps up to 2: every width that such windows just fit into,
+// just do not, or end in, at steps around 1 and 2, with the last source row as the lower one.
+TEST_P(Filters, ResampleAtTheEdgesOfItsWindows) {
+  for (int sw = 2; sw <= 70; ++sw) {
+    const Bytes source = Noise(std::size_t(sw) * 2 * 4);
+    GuardedBytes behind(source), before(source, GuardedBytes::Guard::Before);
+    for (int dw = 1; dw <= 40; ++dw) {
+      if (sw > 40 && std::abs(2 * dw - sw) > 3 && std::abs(dw - sw) > 2) continue;
+      const Bytes expected = reference::Resample(source, sw, 2, dw, 1);
+      for (GuardedBytes* from : {&behind, &before}) {
+        GuardedBytes result(Bytes(expected.size()));
+        ResampleBilinear(from->data(), sw, 2, result.data(), dw, 1);
+        ASSERT_EQ(result.Copy(), expected) << sw << " to " << dw;
+      }
+    }
+  }
+}
+
 TEST_P(Filters, ResampleLeavesDegenerateSizesAlone) {
-  const Bytes source(64, 9);
+  GuardedBytes source(Bytes(64, 9));
   const int sizes[][4] = {{1, 8, 2, 2}, {8, 1, 2, 2}, {0, 4, 2, 2},
                           {4, 4, 0, 2}, {4, 4, 2, 0}, {4, 4, -2, 2}};
   for (const auto& [sw, sh, dw, dh] : sizes) {

@@ -47,9 +47,13 @@ Bytes RawCopy(COrvaneImageImpl& image) {
   return {image.GetRawBuffer(), image.GetRawBuffer() + image.GetRawSize()};
 }
 
-void Convert(COrvaneImageImpl& image, Bytes frame) {
+/// The frame lies between pages nobody may touch, now at the one, now at the other.
+void Convert(COrvaneImageImpl& image, const Bytes& bytes) {
   image.AllocateBuffers();
-  image.ProcessFrame(frame.data());
+  GuardedBytes behind(bytes), before(bytes, GuardedBytes::Guard::Before);
+  image.ProcessFrame(behind.data());
+  image.AllocateBuffers();
+  image.ProcessFrame(before.data());
 }
 
 TEST(ImageObject, BuffersByFormat) {
@@ -245,6 +249,8 @@ TEST(ImageObject, WholeChainAsReference) {
     image->SetContrast(seed % 5 == 0 ? 9 : 0);
     image->SetDotFilterEnabled(seed % 2);
     image->SetDotFilterThreshold(90);
+    image->SetWhitePixelCanceling(seed % 8 < 4, 60);
+    image->SetColorGainR(60);  // which the balance replaces before defects are looked for
     image->SetSaturation(3);
     image->SetGamma(70);
     image->SetSharpness(seed % 3 == 0 ? 0 : 7);
@@ -261,8 +267,9 @@ TEST(ImageObject, WholeChainAsReference) {
     CFilterBayer filter;
     ASSERT_TRUE(filter.Allocate(width, height));
     filter.PrepareFrame(packed.data(), pitch);
-    ColorGains gains;
+    ColorGains gains{.r = 60};
     if (const int balance = static_cast<int>(seed / 4 % 3)) filter.ComputeGains(balance - 1, mode, gains);
+    if (seed % 8 < 4) reference::CancelWhitePixels(packed, pitch, height, 60, mode, gains);
     filter.Matrix().SetSaturation(3);
     const FixedColorMatrix matrix = filter.Matrix().Product();
     Bytes gamma(256);
@@ -337,19 +344,25 @@ TEST(ImageObject, DefectsAreGoneOnBothDemosaicPaths) {
   }
 }
 
+// Into copies that never had a raw buffer, have one, and have one too many.
 TEST(ImageObject, CopiesTakeFormatAndPicture) {
+  const struct {
+    LONG width, keepRaw;
+  } kSteps[] = {{9, 0}, {9, 0}, {9, 1}, {9, 1}, {9, 0}, {12, 1}, {12, 0}, {9, 0}};
   for (const LONG output : {0, 4, 5}) {
     const auto image = NewImage(output, 3, 3);
     COrvaneImageImpl32 copy(0);
     image->CopyTo(&copy);  // nothing to copy yet
-    for (const LONG width : {9, 9, 12}) {
+    for (const auto& [width, keepRaw] : kSteps) {
+      SCOPED_TRACE(testing::Message() << output << ", step " << &width - &kSteps[0].width);
       SetSize(*image, width, 8);
       image->SetBayerMode(2);
-      image->SetKeepRaw(width == 12);
-      Convert(*image, RandomBytes(8 * static_cast<std::size_t>(width), unsigned(width)));
+      image->SetKeepRaw(keepRaw != 0);
+      Convert(*image, RandomBytes(8 * static_cast<std::size_t>(width), unsigned(width + keepRaw)));
       image->CopyTo(&copy);
       EXPECT_EQ(Output(copy), Output(*image));
       EXPECT_EQ(RawCopy(copy), RawCopy(*image));
+      EXPECT_EQ(copy.GetRawBuffer() == copy.GetBuffer(), keepRaw == 0);
       EXPECT_EQ(copy.GetBayerMode(), 2);
       EXPECT_EQ(std::memcmp(copy.GetBitmapInfoHeader(), image->GetBitmapInfoHeader(), 40), 0);
     }

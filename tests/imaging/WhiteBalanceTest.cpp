@@ -53,8 +53,9 @@ struct Mosaic {
     CWhiteBalance balance;
     balance.Allocate(width, height);
     Gains g = kBefore;
-    balance.ComputeGains(modeIndex, &bytes[std::size_t(kMargin * stride + kMargin)], stride, mode, width,
-                         height, &g[0], &g[1], &g[2]);
+    GuardedBytes frame(bytes);
+    balance.ComputeGains(modeIndex, frame.data() + kMargin * stride + kMargin, stride, mode, width, height,
+                         &g[0], &g[1], &g[2]);
     return g;
   }
   std::vector<std::uint8_t> Packed() const {
@@ -93,7 +94,8 @@ TEST_P(WhiteBalance, TintedMosaicsInAllPhasesAndSizes) {
       const Mosaic mosaic(width, height, mode, color);
       EXPECT_EQ(mosaic.Balance(0), (Gains{102, 128, 205}));
       Gains g = kBefore;
-      GreyWorldGains24(mosaic.Packed().data(), width, height, mode, &g[0], &g[1], &g[2]);
+      GuardedBytes packed(mosaic.Packed());
+      GreyWorldGains24(packed.data(), width, height, mode, &g[0], &g[1], &g[2]);
       EXPECT_EQ(g, (Gains{102, 128, 205}));
       const int cells = (width / 2) * ((height / 2 + 1) / 2);
       for (LONG index : {1, 2}) EXPECT_EQ(mosaic.Balance(index), UniformStatistics(color, cells));
@@ -131,6 +133,34 @@ std::vector<std::uint8_t> TwoBytes(const std::vector<std::uint8_t>& samples, int
     bytes.push_back(static_cast<std::uint8_t>(sample * factor >> 8));
   }
   return bytes;
+}
+
+TEST_P(WhiteBalance, StatisticsTakeTheMeanOfBothGreensRoundedUp) {
+  for (LONG mode = 0; mode < 4; ++mode) {
+    Mosaic mosaic(24, 8, mode, {150, 100, 90});
+    for (LONG y = 0; y < 8; y += 2) {
+      for (LONG x = 0; x < 24; ++x) mosaic.Paint(y, x, {150, 201, 90});
+    }
+    // In one row greens of 201, in the other of 100: 150.5.
+    EXPECT_EQ(mosaic.Balance(1), UniformStatistics({150, 151, 90}, 12 * 2)) << mode;
+  }
+}
+
+// Groups of ever brighter cells, of which each look finds the brightest that is left to lie outside three
+// times the mean. The sixth would find the last: 128, 128; the fourth leaves one more in: 108, 150.
+TEST_P(WhiteBalance, StatisticsLookFiveTimes) {
+  struct Group {
+    Color color;
+    int cells;
+  };
+  const Group groups[] = {{{66, 66, 66}, 798},    {{173, 135, 100}, 112}, {{190, 149, 110}, 96},
+                          {{208, 163, 121}, 115}, {{239, 188, 140}, 91},  {{255, 216, 161}, 83}};
+  Mosaic mosaic(2 * 37, 2 * 69, 2, {0, 0, 0});  // 37 x 35 cells in every second row of cells
+  LONG cell = 0;
+  for (const auto& [color, cells] : groups) {
+    for (int n = 0; n < cells; ++n, ++cell) mosaic.PaintCell(cell / 37 * 2, cell % 37, color);
+  }
+  EXPECT_EQ(mosaic.Balance(2), (Gains{115, 128, 142}));
 }
 
 TEST_P(WhiteBalance, WhitePointOfThe24BitClass) {
