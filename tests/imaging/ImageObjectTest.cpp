@@ -378,7 +378,7 @@ TEST(ImageObject, NothingOutsideTheFrame) {
     const LONG input = std::array<LONG, 3>{0, 4, 6}[round % 3];
     const LONG output = std::array<LONG, 4>{0, 1, 4, 5}[round / 3 % 4];
     const LONG width = 1 + pick(9), height = 1 + pick(9);
-    const LONG sourceWidth = width - 2 + pick(5), sourceHeight = height - 3 + pick(6);
+    const LONG sourceWidth = width - 2 + pick(5), sourceHeight = pick(4) ? height - 3 + pick(6) : 1 + pick(9);
     const bool eightBit = pick(2) != 0, colorful = pick(4) != 0, cancel = pick(2) != 0;
     const LONG twoTap = pick(2), mode = pick(4), method = pick(2), balance = pick(4);
     const auto samples =

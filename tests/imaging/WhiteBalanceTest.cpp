@@ -146,6 +146,14 @@ TEST_P(WhiteBalance, StatisticsTakeTheMeanOfBothGreensRoundedUp) {
   }
 }
 
+// Of three cells one is 6.5 times as bright as the others: more than three times the sum by four, less than
+// the sum.
+TEST_P(WhiteBalance, StatisticsDivideByOneMoreThanTheCells) {
+  Mosaic mosaic(6, 2, 1, {70, 70, 70});
+  mosaic.PaintCell(0, 1, {190, 170, 120});
+  EXPECT_EQ(mosaic.Balance(1), (Gains{128, 128, 128}));
+}
+
 // Groups of ever brighter cells, of which each look finds the brightest that is left to lie outside three
 // times the mean. The sixth would find the last: 128, 128; the fourth leaves one more in: 108, 150.
 TEST_P(WhiteBalance, StatisticsLookFiveTimes) {
