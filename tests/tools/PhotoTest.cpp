@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <random>
 
 #include "imaging/ImageFile.h"
 #include "platform/Text.h"
@@ -31,7 +32,8 @@ std::filesystem::path WritePhoto() {
     const auto& [r, g, b] = kPatches[i / kWidth / kPatch * kColumns + i % kWidth / kPatch];
     for (const int value : {b, g, r}) pixels.push_back(static_cast<std::uint8_t>(value));
   }
-  const auto path = std::filesystem::temp_directory_path() / "zelcam-photo-test.bmp";
+  const auto path = std::filesystem::temp_directory_path() /
+                    ("zelcam-photo-" + std::to_string(std::random_device{}()) + ".bmp");
   const std::u16string name = ToUtf16(ToText(path));
   EXPECT_TRUE(SavePicture(reinterpret_cast<const OLECHAR*>(name.c_str()), pixels.data(), kWidth, kHeight, 24,
                           kWidth * 3, 0, 0));
@@ -52,8 +54,9 @@ CapturedFrame Snap(CameraId id, const std::filesystem::path& scene) {
   camera.Open();
   const auto capture = StartCapture(camera, kDeliverOnDemand, Keep::Pixels);
   CapturedFrame frame;
-  while (!capture->Next(&frame, 100)) {
-  }
+  bool came = false;
+  for (int tries = 0; tries < 10000 && !came; ++tries) came = capture->Next(&frame, 100);
+  EXPECT_TRUE(came);
   return frame;
 }
 
