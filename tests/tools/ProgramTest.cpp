@@ -353,8 +353,11 @@ TEST_F(Program, DevelopsARawFileAsTheCameraWould) {
   fs::remove("a.raw");
   EXPECT_NE(Run("--sim 13 snap -o a.raw").err.find("'a.raw.json' exists already"), std::string::npos);
   std::ofstream("a.raw") << "x";
-  for (const char* const text :
-       {"", "[]", "{\"width\": \"wide\"}", "{\"width\": 8, \"height\": 8, \"bits\": 7}"}) {
+  json other = described, wide = described;
+  other["settings"]["saturation"] = 11;
+  wide["width"] = 1LL << 40;
+  for (const std::string& text :
+       {std::string(), std::string("[]"), std::string("{\"width\": \"8\"}"), other.dump(), wide.dump()}) {
     std::ofstream("a.raw.json") << text;
     const Outcome outcome = Run("develop a.raw -o b.bmp");
     EXPECT_EQ(outcome.code, 2) << text;

@@ -10,6 +10,7 @@
 #include "tools/support/CameraReport.h"
 #include "tools/support/PropertyNames.h"
 #include "tools/support/ToolError.h"
+#include "tools/support/Words.h"
 
 namespace zel::tool {
 namespace {
@@ -31,18 +32,30 @@ std::optional<LONG> StoredValue(CZELDeviceProperty& store, const PropertyName& p
   return value;
 }
 
-std::optional<LONG> Number(const Json& object, std::string_view name) {
-  const auto found = object.find(name);
-  if (found == object.end()) return std::nullopt;
-  return found->get<LONG>();
+/// The number of this name; an error for anything else and for more than 32 bits.
+LONG Number(const Json& object, std::string_view name) {
+  const Json& value = object.at(std::string(name));
+  const auto number = ParseNumber(value.dump());
+  if (!number) throw ToolError(kExitUsage, fmt::format("{} is {}", name, value.dump()));
+  return *number;
+}
+
+std::optional<LONG> NumberIfAny(const Json& object, std::string_view name) {
+  if (!object.contains(std::string(name))) return std::nullopt;
+  return Number(object, name);
+}
+
+/// Automatic white balance may have left gains that can't be set.
+bool MayExceedItsRange(const DevelopSetting& setting) {
+  return std::string_view(setting.property).starts_with("color-gain");
 }
 
 RawDescription Parse(const Json& json) {
   RawDescription description;
-  description.width = json.at("width").get<LONG>();
-  description.height = json.at("height").get<LONG>();
-  description.bits = json.at("bits").get<LONG>();
-  description.inputFormat = json.at("input_format").get<LONG>();
+  description.width = Number(json, "width");
+  description.height = Number(json, "height");
+  description.bits = Number(json, "bits");
+  description.inputFormat = Number(json, "input_format");
   description.colorMatrix = json.at("color_matrix").get<std::vector<double>>();
   const bool isFrame =
       description.width > 0 && description.height > 0 && (description.bits == 8 || description.bits == 16) &&
@@ -52,17 +65,20 @@ RawDescription Parse(const Json& json) {
 
   const Json& settings = json.at("settings");
   for (const DevelopSetting& setting : DevelopSettings()) {
-    description.settings.push_back(Number(settings, setting.property));
-    // One-byte samples were written when they had got their contrast.
-    if (setting.property == std::string_view("contrast") && description.bits == 8) {
-      description.settings.back().reset();
+    std::optional<LONG>& value = description.settings.emplace_back(NumberIfAny(settings, setting.property));
+    const auto [minimum, maximum] = LimitsOf(setting);
+    if (value && !MayExceedItsRange(setting) && (*value < minimum || *value > maximum)) {
+      throw ToolError(kExitUsage,
+                      fmt::format("{} {} is not in {}..{}", setting.property, *value, minimum, maximum));
     }
-    if (setting.property == kPhase) description.settings.back() = json.at("bayer_mode").get<LONG>();
+    // One-byte samples were written when they had got their contrast.
+    if (setting.property == std::string_view("contrast") && description.bits == 8) value.reset();
+    if (setting.property == kPhase) value = Number(json, "bayer_mode");
   }
-  description.outputFormat = Number(settings, "output-format");
+  description.outputFormat = NumberIfAny(settings, "output-format");
   // Raw samples are what the file holds already.
   if (description.outputFormat == 0) description.outputFormat.reset();
-  const std::optional<LONG> whitePixel = Number(settings, "white-pixel-canceling");
+  const std::optional<LONG> whitePixel = NumberIfAny(settings, "white-pixel-canceling");
   if (whitePixel) description.whitePixel = *whitePixel != 0;
   // A camera type with a finer scale than on and off gives the threshold.
   if (whitePixel > 1) description.whiteThreshold = std::min<LONG>(*whitePixel, 255);
@@ -121,8 +137,12 @@ std::optional<RawDescription> ReadDescription(const std::filesystem::path& raw) 
   try {
     return Parse(Json::parse(file));
   } catch (const std::exception& error) {
+    // The parser's messages begin with their number in brackets.
+    const std::string_view words = error.what();
+    const std::size_t bracket = words.starts_with('[') ? words.find("] ") : std::string_view::npos;
     throw ToolError(kExitUsage,
-                    fmt::format("'{}' does not describe a raw frame: {}", ToText(path), error.what()),
+                    fmt::format("'{}' does not describe a raw frame: {}", ToText(path),
+                                bracket == std::string_view::npos ? words : words.substr(bracket + 2)),
                     "without the file, --width and --height are enough");
   }
 }
