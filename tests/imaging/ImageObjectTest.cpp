@@ -384,6 +384,9 @@ TEST(ImageObject, NothingOutsideTheFrame) {
     const auto samples =
         static_cast<std::size_t>(std::max<LONG>(sourceWidth, 0) * std::max<LONG>(sourceHeight, 0));
     const Bytes bytes = RandomBytes(samples * (input == 6 || !eightBit ? 2 : 1), round);
+    constexpr LONG kExtremes[] = {INT_MIN, -80'000'000, -1, 0, 80'000'000, INT_MAX};
+    LONG tones[6];
+    for (LONG& tone : tones) tone = pick(2) ? pick(300) : kExtremes[pick(std::size(kExtremes))];
     bool filled = false;
     Bytes pictures[2];
     for (const bool second : {false, true}) {
@@ -402,6 +405,12 @@ TEST(ImageObject, NothingOutsideTheFrame) {
       image->SetDotFilterThreshold(10);
       image->SetSharpness(100);
       image->SetContrast(20);
+      image->SetColorGainR(tones[0]);
+      image->SetColorGainG(tones[1]);
+      image->SetColorGainB(tones[2]);
+      image->SetSaturation(tones[3]);
+      image->SetBrightness(tones[4]);
+      image->SetHue(tones[5]);
       image->SetKeepRaw(1);
       image->AllocateBuffers();
       ASSERT_NE(image->GetBuffer(), nullptr);
