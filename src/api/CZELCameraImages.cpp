@@ -12,9 +12,10 @@ namespace {
 
 constexpr std::int64_t kBytesPerPixel = 4;
 
-/// Bytes of a 32-bit picture; -1, which no memory holds, for a size below 1 x 1.
-std::int64_t PictureBytes(LONG width, LONG height) {
-  return width < 1 || height < 1 ? -1 : std::int64_t{width} * height * kBytesPerPixel;
+/// Whether the memory holds a 32-bit picture; none does one below 1 x 1.
+bool HoldsPicture(const PixelMemory& memory, LONG width, LONG height) {
+  const std::int64_t rowBytes = width * kBytesPerPixel;
+  return memory.HoldsRows(height, rowBytes, rowBytes);
 }
 
 }  // namespace
@@ -22,14 +23,14 @@ std::int64_t PictureBytes(LONG width, LONG height) {
 const BITMAPINFOHEADER& CZELCamera::DescribeBits(LONG width, LONG height) {
   bitmapHeader_.biWidth = width;
   bitmapHeader_.biHeight = height;
-  bitmapHeader_.biSizeImage = static_cast<DWORD>(PictureBytes(width, std::max(height, -height)));
+  bitmapHeader_.biSizeImage = static_cast<DWORD>(width * kBytesPerPixel * std::max(height, -height));
   return bitmapHeader_;
 }
 
 HRESULT CZELCamera::StretchDIBits(LONG hDC, LONG Width, LONG Height, VARIANT vtBits) {
   return Guarded([&]() -> HRESULT {
     const PixelMemory pixels = ArrayOf(vtBits);
-    if (pixels.Holds(PictureBytes(Width, Height))) {
+    if (HoldsPicture(pixels, Width, Height)) {
       DrawStretched(hDC, DescribeBits(Width, Height), pixels.data);
     }
     return kDrawingResult;
@@ -39,7 +40,7 @@ HRESULT CZELCamera::StretchDIBits(LONG hDC, LONG Width, LONG Height, VARIANT vtB
 HRESULT CZELCamera::SetDIBits(LONG hDC, LONG Width, LONG Height, VARIANT vtBits) {
   return Guarded([&]() -> HRESULT {
     const PixelMemory pixels = ArrayOf(vtBits);
-    if (pixels.Holds(PictureBytes(Width, Height))) {
+    if (HoldsPicture(pixels, Width, Height)) {
       DrawUnscaled(hDC, DescribeBits(Width, -Height), pixels.data);
     }
     return kDrawingResult;
@@ -51,8 +52,7 @@ HRESULT CZELCamera::Resample(VARIANT vtSrc, LONG lSrcWidth, LONG lSrcHeight, VAR
   return Guarded([&]() -> HRESULT {
     const PixelMemory source = ArrayOf(vtSrc);
     const PixelMemory destination = WritableArrayOf(vtDst);
-    if (source.Holds(PictureBytes(lSrcWidth, lSrcHeight)) &&
-        destination.Holds(PictureBytes(lDstWidth, lDstHeight))) {
+    if (HoldsPicture(source, lSrcWidth, lSrcHeight) && HoldsPicture(destination, lDstWidth, lDstHeight)) {
       ResampleBilinear(source.data, lSrcWidth, lSrcHeight, destination.data, lDstWidth, lDstHeight);
     }
     return S_OK;
@@ -65,9 +65,8 @@ HRESULT CZELCamera::SaveImage(BSTR bstrFilename, VARIANT vtBits, LONG lWidth, LO
     if (!bstrFilename || lWidth < 1 || lHeight < 1) return E_FAIL;
     const std::int64_t meaningful = std::int64_t{lWidth} * (lBitCount == 24 ? 3 : kBytesPerPixel);
     const std::int64_t stride = lStride < 1 ? (meaningful + 3) / 4 * 4 : lStride;
-    // The last row needs no padding behind it.
     const PixelMemory pixels = ArrayOf(vtBits);
-    if (!pixels.Holds(stride * (lHeight - 1) + meaningful)) return E_FAIL;
+    if (!pixels.HoldsRows(lHeight, stride, meaningful)) return E_FAIL;
     const bool saved =
         SavePicture(bstrFilename, pixels.data, lWidth, lHeight, lBitCount, lStride, lFormat, lGray);
     return saved ? S_OK : E_FAIL;

@@ -14,6 +14,13 @@ struct PixelMemory {
   bool Holds(std::int64_t bytes) const {
     return data && bytes >= 0 && static_cast<std::uint64_t>(bytes) <= size;
   }
+  /// Rows that begin `stride` bytes (1 or more) apart; the last needs no padding behind it. A division,
+  /// because the bytes of the largest sizes exceed 64 bits.
+  constexpr bool HoldsRows(std::int64_t rows, std::int64_t stride, std::int64_t rowBytes) const {
+    if (!data || rows < 1 || rowBytes < 1 || static_cast<std::uint64_t>(rowBytes) > size) return false;
+    const std::uint64_t behindFirst = size - static_cast<std::uint64_t>(rowBytes);
+    return static_cast<std::uint64_t>(rows - 1) <= behindFirst / static_cast<std::uint64_t>(stride);
+  }
 };
 
 /// The elements of an array, given itself or by reference; no data when the variant holds no usable array.

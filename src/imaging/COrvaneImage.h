@@ -35,8 +35,9 @@ class COrvaneImage {
   virtual void SetBayerDecodingMethod(LONG method) = 0;  ///< 0 table-driven kernels, else direct. Locked
   virtual bool SetInputFormat(LONG format) = 0;
   virtual void SetColorful(unsigned char colorful) = 0;
-  virtual void SetGamma(LONG gamma) = 0;                ///< 0 none, else exponent in hundredths. Locked
-  virtual void ProcessFrame(unsigned char* frame) = 0;  ///< may change the frame in place
+  virtual void SetGamma(LONG gamma) = 0;  ///< 0 none, else exponent in hundredths. Locked
+  /// Converts a frame, which it may change. False when the output was not, or not wholly, filled from it.
+  virtual bool ProcessFrame(unsigned char* frame) = 0;
   virtual void AllocateBuffers() = 0;
   virtual void SetBayerMode(LONG mode) = 0;         ///< 0..3. Locked
   virtual void SetAutoWhiteBalance(LONG mode) = 0;  ///< 0..3. Locked

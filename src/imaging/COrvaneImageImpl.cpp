@@ -271,12 +271,13 @@ void COrvaneImageImpl::ApplyContrast(std::uint8_t* samples, const FrameSettings&
                settings.contrastTable.data());
 }
 
-void COrvaneImageImpl::CopyRows(const Source& source, std::size_t rowBytes, std::uint8_t* out,
+bool COrvaneImageImpl::CopyRows(const Source& source, std::size_t rowBytes, std::uint8_t* out,
                                 std::size_t outStride) const {
   const LONG rows = RowsInside(source.bytes, source.pitch, rowBytes, layout_.height);
   for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
     std::memcpy(out + row * outStride, source.data + row * source.pitch, rowBytes);
   }
+  return rows == layout_.height;
 }
 
 void COrvaneImageImpl::KeepRaw(const Source& source, std::size_t rowBytes) {
@@ -284,10 +285,10 @@ void COrvaneImageImpl::KeepRaw(const Source& source, std::size_t rowBytes) {
   if (rawCopy_.Data()) CopyRows(source, std::min(rowBytes, stride), rawCopy_.Data(), stride);
 }
 
-void COrvaneImageImpl::ProcessFrame(unsigned char* frame) {
-  if (!frame || !output_.Data()) return;
+bool COrvaneImageImpl::ProcessFrame(unsigned char* frame) {
+  if (!frame || !output_.Data()) return false;
   const FrameSettings settings = Settings();
-  if (settings.SourceSamples() == 0) return;
+  if (settings.SourceSamples() == 0) return false;
   switch (settings.format.inputFormat) {
     case kInputSamples:
       return ProcessSamples(frame, settings);
@@ -296,11 +297,11 @@ void COrvaneImageImpl::ProcessFrame(unsigned char* frame) {
     case kInputYuv:
       return ProcessYuv(frame, settings);
     default:
-      return;
+      return false;
   }
 }
 
-void COrvaneImageImpl::ProcessSamples(std::uint8_t* frame, const FrameSettings& settings) {
+bool COrvaneImageImpl::ProcessSamples(std::uint8_t* frame, const FrameSettings& settings) {
   const FrameFormat& format = settings.format;
   const auto sourceWidth = static_cast<std::size_t>(format.sourceWidth);
   const Source source{frame, settings.SourceSamples() * settings.SampleBytes(),
@@ -312,65 +313,69 @@ void COrvaneImageImpl::ProcessSamples(std::uint8_t* frame, const FrameSettings& 
   if (format.keepRaw) KeepRaw(source, static_cast<std::size_t>(layout_.rawStride));
 
   const auto stride = static_cast<std::size_t>(layout_.outputStride);
-  if (format.outputFormat == kOutputRaw) {
-    CopyRows(source, stride, output_.Data(), stride);
-  } else if (!format.colorful && format.outputFormat == kOutput32Grey) {
+  if (format.outputFormat == kOutputRaw) return CopyRows(source, stride, output_.Data(), stride);
+  if (!format.colorful && format.outputFormat == kOutput32Grey) {
     const std::size_t pixels = static_cast<std::size_t>(layout_.width) / 4 * 4;
     const LONG rows = RowsInside(source.bytes, sourceWidth, pixels, layout_.height);
     for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
       ExpandGrey(frame + row * sourceWidth, pixels, 0, output_.Data() + row * stride);
     }
-  } else {
-    ConvertRaw(frame);
+    return pixels != 0 && rows == layout_.height;
   }
+  return ConvertRaw(frame);
 }
 
-void COrvaneImageImpl::ProcessPacked(const std::uint8_t* frame, const FrameSettings& settings) {
+bool COrvaneImageImpl::ProcessPacked(const std::uint8_t* frame, const FrameSettings& settings) {
   const auto rowBytes = 3 * static_cast<std::size_t>(layout_.width);
   const auto stride = static_cast<std::size_t>(layout_.outputStride);
   const Source source{frame, settings.SourceSamples() * settings.SampleBytes(),
                       static_cast<std::size_t>(settings.format.sourceWidth)};
   if (settings.format.keepRaw) KeepRaw(source, rowBytes);
-  if (settings.format.outputFormat == kOutput24) {
-    CopyRows(source, rowBytes, output_.Data(), stride);
-  } else if (settings.format.outputFormat == kOutput32) {
-    const LONG rows = RowsInside(source.bytes, source.pitch, rowBytes, layout_.height);
-    for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
-      ExpandPacked(frame + row * source.pitch, static_cast<std::size_t>(layout_.width),
-                   output_.Data() + row * stride);
-    }
+  if (settings.format.outputFormat == kOutput24) return CopyRows(source, rowBytes, output_.Data(), stride);
+  if (settings.format.outputFormat != kOutput32) return false;
+  const LONG rows = RowsInside(source.bytes, source.pitch, rowBytes, layout_.height);
+  for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
+    ExpandPacked(frame + row * source.pitch, static_cast<std::size_t>(layout_.width),
+                 output_.Data() + row * stride);
   }
+  return rows == layout_.height;
 }
 
-void COrvaneImageImpl::ProcessYuv(const std::uint8_t* frame, const FrameSettings& settings) {
+bool COrvaneImageImpl::ProcessYuv(const std::uint8_t* frame, const FrameSettings& settings) {
   // Groups follow one another without row gaps.
   const auto rowBytes = static_cast<std::size_t>(layout_.rawStride);
   const Source source{frame, settings.SourceSamples() * 2, rowBytes};
   if (settings.format.keepRaw) KeepRaw(source, rowBytes);
-  if (layout_.pixelBytes != 4) return;
+  if (layout_.pixelBytes != 4) return false;
 
   const auto width = static_cast<std::size_t>(layout_.width);
   const auto height = static_cast<std::size_t>(layout_.height);
   if (settings.format.colorful) {
     YuvToPixels(frame, std::min(width * height / 2, source.bytes / 4), output_.Data());
-    return;
+    return width * height % 2 == 0 && width * height / 2 <= source.bytes / 4;
   }
+  bool whole = true;
   for (std::size_t row = 0; row < height; ++row) {
     // Odd output rows begin in the next input row, at the second tap; even ones at a row's start.
     const std::int64_t start = static_cast<std::int64_t>((row + 1) / 2) * settings.format.sourceWidth +
                                (row % 2 != 0 ? settings.format.twoTap : 0);
-    if (start < 0 || static_cast<std::size_t>(start) + width > source.bytes) continue;
+    if (start < 0 || static_cast<std::size_t>(start) + width > source.bytes) {
+      whole = false;
+      continue;
+    }
     ExpandGrey(frame + start, width, 255,
                output_.Data() + row * static_cast<std::size_t>(layout_.outputStride));
   }
+  return whole;
 }
 
-void COrvaneImageImpl::DecodeComplementaryFrame(const std::uint8_t* frame, LONG pixelBytes) {
-  if (!frame || !output_.Data() || layout_.pixelBytes != pixelBytes) return;
+bool COrvaneImageImpl::DecodeComplementaryFrame(const std::uint8_t* frame, LONG pixelBytes) {
+  if (!frame || !output_.Data() || layout_.pixelBytes != pixelBytes) return false;
   const FrameSettings settings = Settings();
   DecodeComplementary(frame, settings.SourceSamples() * settings.SampleBytes(),
                       static_cast<std::size_t>(settings.format.sourceWidth), layout_.width, 0,
                       layout_.height - 1, pixelBytes, output_.Data(), layout_.outputStride);
+  return settings.format.sourceHeight >= layout_.height;
 }
 
 DWORD COrvaneImageImpl::MeanLuminance(LONG pixelBytes) const {

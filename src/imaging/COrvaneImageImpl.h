@@ -17,6 +17,7 @@ namespace zel {
 /// Without memory, or for sizes below 1 or above what the bitmap header can state, `AllocateBuffers` leaves
 /// no buffer; `ProcessFrame` then does nothing. A frame holds sourceWidth x sourceHeight samples (twice as
 /// many bytes for YUV or two-byte samples); output rows whose input lies beyond it are left as they were.
+/// Conversions return whether the whole output is this frame's now.
 ///
 /// Formats, sizes, sample size, two taps and the raw copy are the buffers' own from `AllocateBuffers` on: a
 /// frame is converted, copied and described by the shape that its buffers were made for, whatever is set
@@ -51,7 +52,7 @@ class COrvaneImageImpl : public COrvaneImage {
   bool SetInputFormat(LONG format) override;
   void SetColorful(unsigned char colorful) override { Set(format_.colorful, colorful != 0); }
   void SetGamma(LONG gamma) override;
-  void ProcessFrame(unsigned char* frame) override;
+  bool ProcessFrame(unsigned char* frame) override;
   void AllocateBuffers() override;
   void SetBayerMode(LONG mode) override { Set(format_.bayerMode, mode); }
   void SetAutoWhiteBalance(LONG mode) override { Set(tones_.autoWhiteBalance, mode); }
@@ -68,9 +69,9 @@ class COrvaneImageImpl : public COrvaneImage {
   LONG GetTwoTap() override { return Get(Shape().twoTap); }
 
   /// Mosaic or monochrome samples to the pixels of this class; may change the frame in place.
-  virtual void ConvertRaw(unsigned char* frame) = 0;
+  virtual bool ConvertRaw(unsigned char* frame) = 0;
   /// Decodes a mosaic of complementary colours, one byte per sample, straight into the output.
-  virtual void ConvertComplementary(unsigned char* frame) = 0;
+  virtual bool ConvertComplementary(unsigned char* frame) = 0;
   /// Mean of the output's luminance, 0..255; 0 without pixels.
   virtual DWORD GetMeanLuminance() = 0;
 
@@ -120,7 +121,7 @@ class COrvaneImageImpl : public COrvaneImage {
   /// Runs the contrast table over the one-byte samples of some of a frame's rows, as far as these exist.
   void ApplyContrast(std::uint8_t* samples, const FrameSettings& settings, LONG firstRow, LONG endRow) const;
   /// The two conversions that differ between the classes by the size of a pixel alone.
-  void DecodeComplementaryFrame(const std::uint8_t* frame, LONG pixelBytes);
+  bool DecodeComplementaryFrame(const std::uint8_t* frame, LONG pixelBytes);
   DWORD MeanLuminance(LONG pixelBytes) const;
   /// Automatic gains of a frame become the object's.
   void StoreGains(const ColorGains& gains) { Set(tones_.gains, gains); }
@@ -156,11 +157,11 @@ class COrvaneImageImpl : public COrvaneImage {
   };
 
   bool Allocate();
-  void CopyRows(const Source& source, std::size_t rowBytes, std::uint8_t* out, std::size_t outStride) const;
+  bool CopyRows(const Source& source, std::size_t rowBytes, std::uint8_t* out, std::size_t outStride) const;
   void KeepRaw(const Source& source, std::size_t rowBytes);
-  void ProcessSamples(std::uint8_t* frame, const FrameSettings& settings);
-  void ProcessPacked(const std::uint8_t* frame, const FrameSettings& settings);
-  void ProcessYuv(const std::uint8_t* frame, const FrameSettings& settings);
+  bool ProcessSamples(std::uint8_t* frame, const FrameSettings& settings);
+  bool ProcessPacked(const std::uint8_t* frame, const FrameSettings& settings);
+  bool ProcessYuv(const std::uint8_t* frame, const FrameSettings& settings);
 
   CZELCritSec ownLock_;
   CZELCritSec* lock_ = &ownLock_;

@@ -35,12 +35,12 @@ bool COrvaneImageImpl24::SaveToFile(const OLECHAR* path) {
   return SaveRawOrBitmap(path, samples, output_.Data(), layout_.width, layout_.height);
 }
 
-void COrvaneImageImpl24::ConvertRaw(unsigned char* frame) {
-  if (!frame || layout_.pixelBytes != 3) return;
+bool COrvaneImageImpl24::ConvertRaw(unsigned char* frame) {
+  if (!frame || layout_.pixelBytes != 3 || !filter_.WorkImage()) return false;
   const FrameSettings settings = BeginConversion();
   const FrameFormat& format = settings.format;
   const std::size_t samples = settings.SourceSamples();
-  if (samples == 0) return;
+  if (samples == 0) return false;
 
   ColorGains gains = settings.tones.gains;
   if (settings.tones.autoWhiteBalance == 1 || settings.tones.autoWhiteBalance == 2) {
@@ -50,7 +50,7 @@ void COrvaneImageImpl24::ConvertRaw(unsigned char* frame) {
       GreyWorldGains24(frame, format.sourceWidth, std::min(layout_.height, format.sourceHeight),
                        format.bayerMode, &r, &g, &b);
     } else {
-      const LONG rows = RowsInside(2 * samples, std::size_t(format.sourceWidth),
+      const LONG rows = RowsInside(samples, std::size_t(format.sourceWidth),
                                    static_cast<std::size_t>(layout_.width), layout_.height);
       WhitePointGains24(frame, format.sourceWidth, layout_.width, rows, format.bayerMode, &r, &g, &b);
     }
@@ -69,10 +69,12 @@ void COrvaneImageImpl24::ConvertRaw(unsigned char* frame) {
   } else {
     filter_.DemosaicMono24(filter_.WorkImage(), output_.Data(), layout_.width, format.bayerMode);
   }
+  return RowsInside(samples, std::size_t(format.sourceWidth), std::size_t(layout_.width), layout_.height) ==
+         layout_.height;
 }
 
-void COrvaneImageImpl24::ConvertComplementary(unsigned char* frame) {
-  DecodeComplementaryFrame(frame, 3);
+bool COrvaneImageImpl24::ConvertComplementary(unsigned char* frame) {
+  return DecodeComplementaryFrame(frame, 3);
 }
 
 DWORD COrvaneImageImpl24::GetMeanLuminance() {

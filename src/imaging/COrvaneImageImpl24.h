@@ -11,8 +11,8 @@ class COrvaneImageImpl24 : public COrvaneImageImpl {
   using COrvaneImageImpl::COrvaneImageImpl;
 
   bool SaveToFile(const OLECHAR* path) override;
-  void ConvertRaw(unsigned char* frame) override;
-  void ConvertComplementary(unsigned char* frame) override;
+  bool ConvertRaw(unsigned char* frame) override;
+  bool ConvertComplementary(unsigned char* frame) override;
   DWORD GetMeanLuminance() override;
 };
 

@@ -59,13 +59,13 @@ void COrvaneImageImpl32::Unpack(std::uint8_t* frame, const FrameSettings& settin
   if (settings.tones.contrast != 0) ApplyContrast(frame, settings, firstRow, endRow);
 }
 
-void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
-  if (!frame || layout_.pixelBytes != 4) return;
+bool COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
+  if (!frame || layout_.pixelBytes != 4) return false;
   FrameSettings settings = BeginConversion();
   const FrameFormat& format = settings.format;
   ToneSettings& tones = settings.tones;
   std::size_t frameBytes = settings.SourceSamples() * settings.SampleBytes();
-  if (frameBytes == 0 || !filter_.WorkImage()) return;
+  if (frameBytes == 0 || !filter_.WorkImage()) return false;
 
   if (format.twoTap != 0) SortTwoTaps(frame, settings);
   const bool packed = format.twoTap == 0 && !format.eightBitTransfer;
@@ -73,6 +73,9 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
   const LONG height = layout_.height;
   const LONG rows =
       RowsInside(frameBytes, std::size_t(format.sourceWidth), std::size_t(layout_.width), height);
+  // Where the direct kernels have no picture, or the frame ends early, the output is not this frame's.
+  const bool whole =
+      rows == height && (format.bayerDecodingMethod == 0 || DirectPicture::Exists(layout_.width, height));
   const bool dots =
       tones.dotFilterEnabled != 0 && tones.dotFilterThreshold >= 1 && tones.dotFilterThreshold <= 255;
   const bool greyWorld = tones.autoWhiteBalance == 1;
@@ -97,7 +100,7 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
     prepared = clean;
     if (!wholeFrame) WriteRows(samples, prepared < height ? prepared - 2 : height, settings);
   }
-  if (!wholeFrame) return;
+  if (!wholeFrame) return whole;
 
   if (greyWorld || statistics) {
     LONG r = tones.gains.r, g = tones.gains.g, b = tones.gains.b;
@@ -116,6 +119,7 @@ void COrvaneImageImpl32::ConvertRaw(unsigned char* frame) {
   }
   BeginPicture(samples, rows, settings);
   WriteRows(samples, height, settings);
+  return whole;
 }
 
 void COrvaneImageImpl32::AddRows(const SampleFrame& frame, LONG firstRow, LONG endRow,
@@ -185,8 +189,8 @@ std::uint8_t* COrvaneImageImpl32::OutputAt(LONG x, LONG y, LONG width, LONG heig
   return output_.Data() + std::ptrdiff_t{y} * layout_.outputStride + std::ptrdiff_t{x} * 4;
 }
 
-void COrvaneImageImpl32::ConvertComplementary(unsigned char* frame) {
-  DecodeComplementaryFrame(frame, 4);
+bool COrvaneImageImpl32::ConvertComplementary(unsigned char* frame) {
+  return DecodeComplementaryFrame(frame, 4);
 }
 
 DWORD COrvaneImageImpl32::GetMeanLuminance() {

@@ -12,8 +12,8 @@ class COrvaneImageImpl32 : public COrvaneImageImpl {
 
   void AllocateBuffers() override;
   bool SaveToFile(const OLECHAR* path) override;
-  void ConvertRaw(unsigned char* frame) override;
-  void ConvertComplementary(unsigned char* frame) override;
+  bool ConvertRaw(unsigned char* frame) override;
+  bool ConvertComplementary(unsigned char* frame) override;
   DWORD GetMeanLuminance() override;
 
   /// The direct kernels: the plain bilinear picture of an 8-bit frame (row pitch: source width), into the

@@ -8,7 +8,7 @@
 
 #include "imaging/kernels/BayerTaps.h"
 #include "imaging/kernels/ColorStatistics.h"
-#include "imaging/kernels/DirectDemosaic.h"
+#include "imaging/kernels/NearlyWhite.h"
 
 namespace zel {
 
@@ -180,9 +180,8 @@ void WhitePointGains24(const unsigned char* frame, LONG sourceWidth, LONG width,
   *b = 128;
   WhiteSums white;
   for (LONG row = 2; row < height - 2; ++row) {
-    const unsigned char* here = frame + static_cast<std::ptrdiff_t>(row) * sourceWidth;
-    AddNearlyWhite({here - 2 * std::ptrdiff_t{sourceWidth}, here - sourceWidth, here, here + sourceWidth},
-                   width, PhaseAt(PhaseOfMode(bayerMode), row, 0), white);
+    AddNearlyWhite(frame + 2 * std::ptrdiff_t{row} * sourceWidth, sourceWidth, width,
+                   PhaseAt(PhaseOfMode(bayerMode), row, 0), white);
   }
   if (white.count == 0) return;
   const auto mean = [&](std::uint64_t sum) {

@@ -39,7 +39,7 @@ void GreyWorldGains24(const unsigned char* frame, LONG sourceWidth, LONG height,
                       LONG* g, LONG* b);
 
 /// Gains that turn the mean colour of a mosaic's nearly white pixels white; red 128, green 100, blue 128 when
-/// it has none. Reads 8-bit samples with a row pitch of `sourceWidth`.
+/// it has none. Reads two-byte samples, little-endian, with a row pitch of `sourceWidth` samples.
 void WhitePointGains24(const unsigned char* frame, LONG sourceWidth, LONG width, LONG height, LONG bayerMode,
                        LONG* r, LONG* g, LONG* b);
 

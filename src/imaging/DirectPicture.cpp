@@ -8,7 +8,8 @@
 namespace zel {
 namespace {
 
-constexpr int kBorder = 2;  // rows and columns on each side that are not computed
+constexpr int kBorder = 2;                  // rows and columns on each side that are not computed
+constexpr std::ptrdiff_t kSlackBefore = 2;  // bytes that the kernel reads before a row
 
 }  // namespace
 
@@ -26,16 +27,16 @@ void DirectPicture::Begin(const MosaicFrame& frame, const ColorGains& gains) {
 }
 
 const std::uint8_t* DirectPicture::Row(int row) {
-  const std::uint8_t* samples = frame_.samples + row * frame_.pitch;
-  const std::ptrdiff_t behind = (frame_.height - 1 - row) * frame_.pitch;
-  if (row > 0 && behind >= static_cast<std::ptrdiff_t>(kRowSlack)) return samples;
+  const std::ptrdiff_t before = row * frame_.pitch, behind = (frame_.height - 1 - row) * frame_.pitch;
+  const std::uint8_t* samples = frame_.samples + before;
+  if (before >= kSlackBefore && behind >= static_cast<std::ptrdiff_t>(kRowSlack)) return samples;
   std::uint8_t* copy = rows_.Data() + static_cast<std::size_t>(row % kRows) * pitch_ + kRowSlack;
   std::memcpy(copy, samples, static_cast<std::size_t>(frame_.width));
   return copy;
 }
 
 void DirectPicture::WriteRows(int endRow, PictureWriter& writer) {
-  if (!Exists(frame_)) return;
+  if (!Exists(frame_.width, frame_.height)) return;
   for (endRow = std::min(endRow, frame_.height); next_ < endRow; ++next_) {
     const int row = std::clamp(next_, kBorder, frame_.height - kBorder - 1);
     const PlaneRow colors = writer.NextRow();

@@ -25,7 +25,7 @@ class DirectPicture {
   /// Room for frames of up to this width; false without memory.
   [[nodiscard]] bool Allocate(int width);
   /// Where a frame of less than 5 x 5 has no picture.
-  static bool Exists(const MosaicFrame& frame) { return frame.width >= 5 && frame.height >= 5; }
+  static bool Exists(int width, int height) { return width >= 5 && height >= 5; }
 
   void Begin(const MosaicFrame& frame, const ColorGains& gains);
   /// The next rows of the picture, up to `endRow`; needs the frame up to the second row after them.

@@ -10,7 +10,8 @@ namespace {
 
 constexpr int kLightShift = 4;                 // light has 16 bits, the table of exposures 12
 constexpr std::size_t kNoiseStarts = 1 << 15;  // places in the noise table where a row may start
-constexpr std::uint16_t kCodeWhite = 60000, kCodeBlack = 1000;  // of the frame code, at any exposure
+constexpr double kMarkerEdge = 3;              // pixels from out to in, as soft as the lens makes edges
+constexpr LinearRgb kCodeWhite{60000, 60000, 60000}, kCodeBlack{1000, 1000, 1000};  // at any exposure
 
 /// The splitmix64 generator's step: any 64 bits to well-mixed ones.
 std::uint64_t Mix(std::uint64_t value) {
@@ -71,10 +72,11 @@ void FrameRenderer::SelectExposure(double exposure, double gain) {
   gain_ = gain;
   exposed_.resize(65536 >> kLightShift);
   // Noise arises in electrons, before the gain: the photons' own and that of reading out.
+  const double white = scene_->WhiteLevel().value_or(map_->whiteLevel);
   const double unitsPerElectron = 65535 / map_->fullWell * gain;
   for (std::size_t n = 0; n < exposed_.size(); ++n) {
     const double light = static_cast<double>(n) / static_cast<double>(exposed_.size() - 1);
-    const double mean = light * map_->whiteLevel * exposure * 65535;
+    const double mean = light * white * exposure * 65535;
     const double deviation =
         noise_ * std::sqrt(mean * unitsPerElectron + std::pow(map_->readNoise * unitsPerElectron, 2));
     // A sample far beyond full scale shows no noise any more.
@@ -88,12 +90,12 @@ const std::uint16_t* FrameRenderer::LightOfRow(const std::optional<Scene::Marker
   const std::size_t width = columns_.size();
   const std::uint16_t* const light = &windowLight_[static_cast<std::size_t>(y) * width];
   const int sensorRow = rows_[static_cast<std::size_t>(y)];
-  if (!marker || std::abs(sensorRow + 0.5 - marker->y) > marker->radius + 1) return light;
+  if (!marker || std::abs(sensorRow + 0.5 - marker->y) > marker->radius + kMarkerEdge) return light;
 
   std::copy_n(light, width, markedRow_.begin());
   for (std::size_t x = 0; x < width; ++x) {
     const double distance = std::hypot(columns_[x] + 0.5 - marker->x, sensorRow + 0.5 - marker->y);
-    const double coverage = std::clamp(marker->radius - distance + 0.5, 0.0, 1.0);
+    const double coverage = std::clamp((marker->radius - distance) / kMarkerEdge + 0.5, 0.0, 1.0);
     if (coverage <= 0) continue;
     const std::uint16_t over = FilteredLight(marker->colour, map_->filter, columns_[x], sensorRow);
     markedRow_[x] = static_cast<std::uint16_t>(markedRow_[x] + (over - markedRow_[x]) * coverage);
@@ -149,8 +151,10 @@ std::size_t FrameRenderer::RenderUpright(const Frame& frame, int bytesPerSample,
     const int pictureRow = window_.PictureRow(y);
     if (pictureRow < codeRows || pictureRow >= height - codeRows) {
       for (int x = 0; x < width; ++x) {
+        const std::size_t column = static_cast<std::size_t>(x);
         const bool white = cells[static_cast<std::size_t>(FrameCodeCell(x, width))];
-        row_[static_cast<std::size_t>(x)] = white ? kCodeWhite : kCodeBlack;
+        row_[column] = FilteredLight(white ? kCodeWhite : kCodeBlack, map_->filter, columns_[column],
+                                     rows_[static_cast<std::size_t>(y)]);
       }
     } else {
       ExposeRow(LightOfRow(marker, y), frame.noise + Mix(static_cast<std::uint64_t>(y)));

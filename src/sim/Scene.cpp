@@ -50,17 +50,11 @@ class PhotoScene : public Scene {
   }
 
   void RenderRow(int y, LinearRgb* row) const override {
-    static const std::array<float, 256> kLinear = [] {
-      std::array<float, 256> table{};
-      for (unsigned code = 0; code < 256; ++code) table[code] = LinearOfSrgb(static_cast<std::uint8_t>(code));
-      return table;
-    }();
-
     const Footprint& vertical = rows_[static_cast<std::size_t>(y)];
     std::vector<float> mixed(sourceWidth_ * 3, 0.0f);
     const std::uint8_t* source = &rgb_[static_cast<std::size_t>(vertical.first) * sourceWidth_ * 3];
     for (const float weight : vertical.weights) {
-      for (float& value : mixed) value += weight * kLinear[*source++];
+      for (float& value : mixed) value += weight * LightOfCode(*source++);
     }
     for (const Footprint& horizontal : columns_) {
       std::array<float, 3> sum{};
@@ -75,10 +69,65 @@ class PhotoScene : public Scene {
     }
   }
 
+  std::optional<double> WhiteLevel() const override { return 1; }
+
  private:
   std::size_t sourceWidth_;
   std::vector<std::uint8_t> rgb_;
   std::vector<Footprint> columns_, rows_;
+};
+
+/// A scene's rows, from the top to the bottom, as a lens shows them: with a blur of a pixel (standard
+/// deviation), which leaves hardly anything of what the mosaic would turn into colours.
+class Lens {
+ public:
+  explicit Lens(const Scene& scene) : scene_(scene) {
+    for (auto& row : rows_) row.resize(static_cast<std::size_t>(scene.Width()));
+  }
+
+  /// The next row.
+  void RenderRow(LinearRgb* row) {
+    while (rendered_ <= std::min(next_ + kReach, scene_.Height() - 1)) RenderAcross(rendered_++);
+    const LinearRgb* taps[kTaps];
+    for (int n = 0; n < kTaps; ++n)
+      taps[n] = Kept(std::clamp(next_ + n - kReach, 0, scene_.Height() - 1)).data();
+    for (int x = 0; x < scene_.Width(); ++x) row[x] = Mixed([&](int n) { return taps[n][x]; });
+    ++next_;
+  }
+
+ private:
+  static constexpr int kTaps = 5, kReach = 2;
+  static constexpr std::uint32_t kWeights[kTaps] = {1, 4, 6, 4, 1};
+
+  template <class Tap>
+  static LinearRgb Mixed(Tap tap) {
+    std::uint32_t r = 8, g = 8, b = 8;
+    for (int n = 0; n < kTaps; ++n) {
+      const LinearRgb light = tap(n);
+      r += kWeights[n] * light.r;
+      g += kWeights[n] * light.g;
+      b += kWeights[n] * light.b;
+    }
+    return {static_cast<std::uint16_t>(r / 16), static_cast<std::uint16_t>(g / 16),
+            static_cast<std::uint16_t>(b / 16)};
+  }
+
+  std::vector<LinearRgb>& Kept(int y) { return rows_[static_cast<std::size_t>(y % kTaps)]; }
+
+  void RenderAcross(int y) {
+    const int width = scene_.Width();
+    sharp_.resize(static_cast<std::size_t>(width));
+    scene_.RenderRow(y, sharp_.data());
+    for (int x = 0; x < width; ++x) {
+      Kept(y)[static_cast<std::size_t>(x)] = Mixed(
+          [&](int n) { return sharp_[static_cast<std::size_t>(std::clamp(x + n - kReach, 0, width - 1))]; });
+    }
+  }
+
+  const Scene& scene_;
+  std::array<std::vector<LinearRgb>, kTaps> rows_;  ///< blurred across already
+  std::vector<LinearRgb> sharp_;
+  int rendered_ = 0, next_ = 0;
 };
 
 /// A sliding mean over 2 x radius + 1 samples of one line, `stride` samples apart; the line's end samples
@@ -114,12 +163,6 @@ void BlurRowsAndTranspose(const std::vector<std::uint16_t>& in, std::vector<std:
 
 }  // namespace
 
-std::uint16_t LinearOfSrgb(std::uint8_t code) {
-  const double value = code / 255.0;  // IEC 61966-2-1
-  const double light = value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-  return static_cast<std::uint16_t>(std::lround(light * 65535));
-}
-
 std::unique_ptr<Scene> MakePhotoScene(const Picture& picture, int width, int height) {
   return std::make_unique<PhotoScene>(picture, width, height);
 }
@@ -129,8 +172,13 @@ std::vector<std::uint16_t> FilteredScene(const Scene& scene, ColourFilter filter
   std::vector<LinearRgb> row(static_cast<std::size_t>(width));
   std::vector<std::uint16_t> samples;
   samples.reserve(row.size() * static_cast<std::size_t>(height));
+  Lens lens(scene);
   for (int y = 0; y < height; ++y) {
-    scene.RenderRow(y, row.data());
+    if (scene.HasHardEdges()) {
+      lens.RenderRow(row.data());
+    } else {
+      scene.RenderRow(y, row.data());
+    }
     for (int x = 0; x < width; ++x)
       samples.push_back(FilteredLight(row[static_cast<std::size_t>(x)], filter, x, y));
   }

@@ -85,7 +85,7 @@ struct SensorMap {
   double (*shutterLines)(std::uint32_t code) = nullptr;  ///< none: the code is lines
   RegisterField gain;
   double (*gainFactor)(std::uint32_t code) = nullptr;
-  /// Exposure of the brightest scene at reset values, as a part of full scale.
+  /// Exposure of the chart's brightest light at reset values, as a part of full scale.
   double whiteLevel = 0.86;
 
   double pixelClock = 0;  ///< Hz

@@ -23,7 +23,7 @@ constexpr int kStarWedges = 36;
 constexpr double kEdgeTilt = 5.0 / 180 * 3.14159265358979;  // the usual angle for measuring sharpness
 
 LinearRgb Light(std::uint32_t code) {
-  const auto channel = [code](int shift) { return static_cast<std::uint16_t>((code >> shift & 0xFF) * 257); };
+  const auto channel = [code](int shift) { return LightOfCode(static_cast<std::uint8_t>(code >> shift)); };
   return {channel(16), channel(8), channel(0)};
 }
 
@@ -70,6 +70,7 @@ class TestChart : public Scene {
   }
 
   bool CarriesFrameCode() const override { return true; }
+  bool HasHardEdges() const override { return true; }
 
  private:
   void Rectangle(const Box& box, LinearRgb colour) {

@@ -8,6 +8,8 @@
 #include <numeric>
 
 #include "api/FakeCamera.h"
+#include "api/VariantPixels.h"
+#include "imaging/COrvaneImageImpl32.h"
 #include "imaging/kernels/Resample.h"
 
 namespace zel::test {
@@ -71,6 +73,16 @@ TEST_F(SaveImage, InTheFormatAsked) {
   EXPECT_EQ(file.get() << 8 | file.get(), 0xFFD8) << "JPEG";
 }
 
+// In a constant expression an overflow is an error.
+constexpr bool Holds(std::uint64_t size, std::int64_t rows, std::int64_t stride, std::int64_t rowBytes) {
+  std::uint8_t byte = 0;
+  return PixelMemory{&byte, size}.HoldsRows(rows, stride, rowBytes);
+}
+constexpr std::int64_t kMost = 2147483647;
+static_assert(Holds(55, 3, 20, 15) && !Holds(54, 3, 20, 15) && !Holds(14, 1, 20, 15));
+static_assert(!Holds(1u << 31, kMost, 4 * kMost, 4 * kMost) && !Holds(1u << 31, kMost, kMost, 1));
+static_assert(!Holds(64, -1, 4, 4) && !Holds(64, 4, 4, -4));
+
 TEST_F(SaveImage, RefusesBadArguments) {
   ArrayVariant array(64);
   EXPECT_EQ(Save(array.variant, 0, 4, 32, 0), E_FAIL);
@@ -90,9 +102,15 @@ TEST(Resample, WorksOnlyInsideBothArrays) {
     bool done;
   };
   const Row rows[] = {
-      {64, 16, 4, 4, 2, 2, true},    {63, 16, 4, 4, 2, 2, false},         {64, 15, 4, 4, 2, 2, false},
-      {64, 16, 1, 4, 2, 2, false},   {64, 16, 4, 4, -2, 2, false},        {64, 16, 4, 4, 0, 2, false},
-      {64, 16, -4, -4, 2, 2, false}, {64, 16, 65536, 65536, 2, 2, false},
+      {64, 16, 4, 4, 2, 2, true},
+      {63, 16, 4, 4, 2, 2, false},
+      {64, 15, 4, 4, 2, 2, false},
+      {64, 16, 1, 4, 2, 2, false},
+      {64, 16, 4, 4, -2, 2, false},
+      {64, 16, 4, 4, 0, 2, false},
+      {64, 16, -4, -4, 2, 2, false},
+      {64, 16, 65536, 65536, 2, 2, false},
+      {64, 16, 4, 4, 2147483647, 2147483647, false},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(testing::Message() << row.sourceBytes << " to " << row.destinationBytes);

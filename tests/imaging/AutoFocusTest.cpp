@@ -7,12 +7,14 @@
 #include <vector>
 
 #include "imaging/CAutoFocus.h"
+#include "imaging/GuardedBytes.h"
 #include "platform/DriverHost.h"
 
 namespace zel {
 namespace {
 
 using Block = std::vector<std::uint32_t>;
+using Bytes = std::vector<std::uint8_t>;
 
 Block FromColumns(const std::vector<std::uint32_t>& columns, int height) {
   Block block;
@@ -179,6 +181,43 @@ TEST_F(FocusBench, BlocksLieOnePixelToTheRight) {
     FeedUntil([&, last = lens_.moves + 3] { return lens_.moves >= last; });
     focus_.StopAutoFocus();
     EXPECT_EQ(focus_.GetAutoFocusLevel() > 0, hasEdge);
+  }
+}
+
+// The grey of a coloured block one pixel to the right of its place, its sharpness in percent of the
+// threshold.
+TEST_F(FocusBench, TheLevelIsExact) {
+  constexpr LONG kLeft = 28, kTop = 20, kSide = 20;  // the block ends with the picture
+  Bytes picture(std::size_t{kWidth} * kHeight * 4);
+  for (std::size_t i = 0; i < picture.size(); ++i) {
+    // Squares of 4 x 4 pixels, which the median leaves, each colour by itself; the fourth byte is no colour.
+    const std::size_t square = i / 16 % 12 + i / (4 * kWidth * 4) * 12;
+    picture[i] = static_cast<std::uint8_t>((square + 3) * (i % 4 + 5) * 37);
+  }
+  Block grey;
+  for (LONG row = kTop; row < kTop + kSide; ++row) {
+    for (LONG column = kLeft + 1; column < kLeft + 1 + kSide; ++column) {
+      // Right of a row comes the next one, and the last pixel again.
+      const std::uint8_t* p =
+          &picture[std::size_t(std::min(row * kWidth + column, kWidth * kHeight - 1)) * 4];
+      grey.push_back((117u * p[0] + 601u * p[1] + 306u * p[2]) >> 10);
+    }
+  }
+  Block scratch(grey.size());
+  MedianFilter(grey, scratch, kSide, kSide);
+  focus_.SetOperatorBlock(kLeft, kTop, kSide, kSide);
+  focus_.SetAutoFocusRange(kSharp, kSharp);
+  GuardedBytes guarded(picture);
+  for (const LONG filter : {0, 1, 2}) {
+    const LONG expected = FocusValue(grey, kSide, kSide, static_cast<FocusFilter>(filter)) * 100 /
+                          FocusThreshold(grey, kSide, kSide);
+    ASSERT_GT(expected, 10);
+    focus_.SetAutoFocusFilterType(filter);
+    focus_.StartAutoFocus();
+    for (const LONG last = lens_.moves + 3; lens_.moves < last; std::this_thread::yield())
+      focus_.OnFrame(guarded.data());
+    focus_.StopAutoFocus();
+    EXPECT_EQ(focus_.GetAutoFocusLevel(), expected) << filter;
   }
 }
 

@@ -76,33 +76,43 @@ TEST_P(Demosaic, GradientAsReference) {
   });
 }
 
+void CheckDirect(Size size, int pitch, int mode, const Bytes& frame, const ColorGains& gains,
+                 GuardedBytes::Guard guard) {
+  const auto [width, height] = size;
+  GuardedBytes guarded(frame, guard);
+  for (const bool grey : {false, true}) {
+    const Bytes before(static_cast<std::size_t>(width * height * 4), 99);
+    GuardedBytes out(before);
+    DirectPicture picture;
+    PictureWriter writer;
+    ASSERT_TRUE(picture.Allocate(width) && writer.Allocate(width));
+    picture.Begin({guarded.data(), pitch, width, height, PhaseOfMode(mode)}, gains);
+    writer.Begin({out.data(), width * 4, width, height, 4, grey}, {}, 0);
+    for (int row = 0; row < height; row += 3) picture.WriteRows(row + 3, writer);
+    if (width < 5 || height < 5) {
+      ASSERT_EQ(out.Copy(), before);
+      continue;
+    }
+    ASSERT_TRUE(SamePicture(out.data(), 4, reference::Direct(frame, pitch, width, height, mode, gains, grey),
+                            width, height, mode));
+  }
+}
+
 TEST_P(Demosaic, DirectAsReferenceInBands) {
   constexpr int kGains[] = {0, 90, 128, 140, 260, 2047, 2048, 70000, (1 << 19) - 1};
   unsigned round = 0;
   ForEachFrame([&](Size size, int pitch, int mode, const Bytes& frame) {
-    const auto [width, height] = size;
     const auto gain = [&](unsigned step) { return kGains[round * step % std::size(kGains)]; };
     const ColorGains gains{gain(1), gain(2), gain(4)};
     ++round;
-    GuardedBytes guarded(frame, round % 2 ? GuardedBytes::Guard::Before : GuardedBytes::Guard::Behind);
-    for (const bool grey : {false, true}) {
-      const Bytes before(static_cast<std::size_t>(width * height * 4), 99);
-      GuardedBytes out(before);
-      DirectPicture picture;
-      PictureWriter writer;
-      ASSERT_TRUE(picture.Allocate(width) && writer.Allocate(width));
-      picture.Begin({guarded.data(), pitch, width, height, PhaseOfMode(mode)}, gains);
-      writer.Begin({out.data(), width * 4, width, height, 4, grey}, {}, 0);
-      for (int row = 0; row < height; row += 3) picture.WriteRows(row + 3, writer);
-      if (width < 5 || height < 5) {
-        ASSERT_EQ(out.Copy(), before);
-        continue;
-      }
-      ASSERT_TRUE(SamePicture(out.data(), 4,
-                              reference::Direct(frame, pitch, width, height, mode, gains, grey), width,
-                              height, mode));
-    }
+    CheckDirect(size, pitch, mode, frame, gains,
+                round % 2 ? GuardedBytes::Guard::Before : GuardedBytes::Guard::Behind);
   });
+  // Rows that begin inside one another, so many that only the first lie at the frame's edge.
+  for (const int pitch : {1, 2, 3}) {
+    CheckDirect({5, 200}, pitch, pitch, RandomBytes(static_cast<std::size_t>(199 * pitch + 5), 1), {},
+                GuardedBytes::Guard::Before);
+  }
 }
 
 TEST(CFilterBayer, GammaTables) {

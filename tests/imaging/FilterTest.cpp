@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <iterator>
 #include <random>
 
 #include "imaging/EachTarget.h"
@@ -45,7 +47,9 @@ TEST_P(Filters, MosaicDefectsAsReference) {
       ASSERT_EQ(frame.Copy(), expected);
 
       // A shorter frame than its width promises: nothing behind its end is read.
-      const ColorGains gains{Below(400), Below(400), Below(400)};
+      constexpr int kExtremes[] = {INT_MIN, -80'000'000, -1, 80'000'000, INT_MAX};
+      const auto gain = [&] { return Below(3) ? Below(400) : kExtremes[Below(std::size(kExtremes))]; };
+      const ColorGains gains{gain(), gain(), gain()};
       expected = Noise(static_cast<std::size_t>(std::max(1, width * height - (height > 8 ? Below(90) : 0))));
       GuardedBytes bright(expected);
       const int least = Below(8) ? threshold : 0;
@@ -90,8 +94,26 @@ TEST_P(Filters, ResampleAsReference) {
   }
 }
 
+// Rows are read in windows of two vectors for steps up to 2: every width that such windows just fit into,
+// just do not, or end in, at steps around 1 and 2, with the last source row as the lower one.
+TEST_P(Filters, ResampleAtTheEdgesOfItsWindows) {
+  for (int sw = 2; sw <= 70; ++sw) {
+    const Bytes source = Noise(std::size_t(sw) * 2 * 4);
+    GuardedBytes behind(source), before(source, GuardedBytes::Guard::Before);
+    for (int dw = 1; dw <= 40; ++dw) {
+      if (sw > 40 && std::abs(2 * dw - sw) > 3 && std::abs(dw - sw) > 2) continue;
+      const Bytes expected = reference::Resample(source, sw, 2, dw, 1);
+      for (GuardedBytes* from : {&behind, &before}) {
+        GuardedBytes result(Bytes(expected.size()));
+        ResampleBilinear(from->data(), sw, 2, result.data(), dw, 1);
+        ASSERT_EQ(result.Copy(), expected) << sw << " to " << dw;
+      }
+    }
+  }
+}
+
 TEST_P(Filters, ResampleLeavesDegenerateSizesAlone) {
-  const Bytes source(64, 9);
+  GuardedBytes source(Bytes(64, 9));
   const int sizes[][4] = {{1, 8, 2, 2}, {8, 1, 2, 2}, {0, 4, 2, 2},
                           {4, 4, 0, 2}, {4, 4, 2, 0}, {4, 4, -2, 2}};
   for (const auto& [sw, sh, dw, dh] : sizes) {

@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "imaging/COrvaneImageImpl24.h"
+#include "imaging/COrvaneImageImpl32.h"
+#include "imaging/GuardedBytes.h"
 #include "imaging/PictureReader.h"
 
 namespace zel {
@@ -49,7 +52,9 @@ class ImageFile : public testing::Test {
   }
   bool Save(const char* name, const Bytes& pixels, LONG width, LONG height, LONG bits, LONG stride,
             LONG format, LONG gray) const {
-    return SavePicture(Wide(In(name)).c_str(), pixels.data(), width, height, bits, stride, format, gray);
+    // The last row ends with its last pixel.
+    GuardedBytes guarded(pixels);
+    return SavePicture(Wide(In(name)).c_str(), guarded.data(), width, height, bits, stride, format, gray);
   }
   // A smooth picture, as a JPEG keeps it, of three or four bytes per pixel.
   static Bytes Ramp(int width, int height, int step, int stride) {
@@ -112,6 +117,64 @@ TEST_F(ImageFile, PartsOfOtherBitmaps) {
     const Bytes file = Contents(In(c.name));
     EXPECT_EQ(file.size(), c.size) << c.name;
     EXPECT_EQ(Part(file, c.offset, c.expected.size()), c.expected) << c.name << " at " << c.offset;
+  }
+}
+
+/// An image object of 2 x 2 pixels that holds packed colour.
+template <class Image>
+std::unique_ptr<Image> Holding(LONG output, bool keepRaw, Bytes packed) {
+  auto image = std::make_unique<Image>(1);
+  image->SetOutputFormat(output);
+  image->SetInputFormat(4);
+  image->SetWidth(2);
+  image->SetHeight(2);
+  image->SetSourceWidth(6);
+  image->SetSourceHeight(2);
+  image->SetKeepRaw(keepRaw);
+  image->AllocateBuffers();
+  EXPECT_TRUE(image->ProcessFrame(packed.data()));
+  return image;
+}
+
+TEST_F(ImageFile, OfImageObjectsByteByByte) {
+  const Bytes packed = {1, 2, 3, 4, 5, 6, 11, 12, 13, 14, 15, 16};
+  const Bytes bitmap = {'B', 'M', 70, 0,  0,    0,    0, 0, 0,    0,    54, 0, 0, 0,                     //
+                        40,  0,   0,  0,  2,    0,    0, 0, 2,    0,    0,  0, 1, 0, 24, 0, 0, 0, 0, 0,  //
+                        16,  0,   0,  0,  0xC4, 0x0E, 0, 0, 0xC4, 0x0E, 0,  0, 0, 0, 0,  0, 0, 0, 0, 0,
+                        11,  12,  13, 14, 15,   16,   0, 0, 1,    2,    3,  4, 5, 6, 0,  0};
+  // 2 x (2 + 132) pixels of 4 bytes behind 54 of headers, the height negative: the top row comes first.
+  Bytes banded = {'B',  'M', 0x66, 4, 0,    0,    0, 0, 0,    0,    54,   0,    0, 0,                     //
+                  40,   0,   0,    0, 2,    0,    0, 0, 0x7A, 0xFF, 0xFF, 0xFF, 1, 0, 32, 0, 0, 0, 0, 0,  //
+                  0x30, 4,   0,    0, 0xC4, 0x0E, 0, 0, 0xC4, 0x0E, 0,    0,    0, 0, 0,  0, 0, 0, 0, 0};
+  banded.resize(54 + 66 * 8);
+  banded.insert(banded.end(), {1, 2, 3, 255, 4, 5, 6, 255, 11, 12, 13, 255, 14, 15, 16, 255});
+  banded.resize(54 + 134 * 8);
+  struct Case {
+    const char* name;
+    bool is24, keepRaw;
+    Bytes expected;  ///< none: no file
+  };
+  const Case cases[] = {
+      {"a.bmp", true, false, bitmap},
+      {"b.BMP", true, true, bitmap},
+      {"c.raw", true, false, packed},
+      {"d.Raw", true, true, {1, 2, 3, 4, 11, 12, 13, 14}},  // raw rows of packed colour are cut
+      {"e.tif", true, false, {}},
+      {"f.any", false, true, banded}};
+  for (const Case& c : cases) {
+    std::unique_ptr<COrvaneImageImpl> image;
+    if (c.is24) {
+      image = Holding<COrvaneImageImpl24>(4, c.keepRaw, packed);
+    } else {
+      image = Holding<COrvaneImageImpl32>(5, c.keepRaw, packed);
+    }
+    EXPECT_EQ(image->SaveToFile(Wide(In(c.name)).c_str()), !c.expected.empty()) << c.name;
+    EXPECT_EQ(fs::exists(In(c.name)), !c.expected.empty()) << c.name;
+    EXPECT_EQ(Contents(In(c.name)), c.expected) << c.name;
+    EXPECT_FALSE(image->SaveToFile(nullptr));
+    image->FreeBuffers();
+    EXPECT_FALSE(image->SaveToFile(Wide(In("free.bmp")).c_str())) << c.name;
+    EXPECT_FALSE(fs::exists(In("free.bmp"))) << c.name;
   }
 }
 

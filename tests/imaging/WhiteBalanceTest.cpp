@@ -10,7 +10,8 @@
 #include "imaging/ColorTemperature.h"
 #include "imaging/EachTarget.h"
 #include "imaging/GuardedBytes.h"
-#include "imaging/kernels/DirectDemosaic.h"
+#include "imaging/kernels/NearlyWhite.h"
+#include "imaging/kernels/PlaneRow.h"
 
 namespace zel {
 namespace {
@@ -52,8 +53,9 @@ struct Mosaic {
     CWhiteBalance balance;
     balance.Allocate(width, height);
     Gains g = kBefore;
-    balance.ComputeGains(modeIndex, &bytes[std::size_t(kMargin * stride + kMargin)], stride, mode, width,
-                         height, &g[0], &g[1], &g[2]);
+    GuardedBytes frame(bytes);
+    balance.ComputeGains(modeIndex, frame.data() + kMargin * stride + kMargin, stride, mode, width, height,
+                         &g[0], &g[1], &g[2]);
     return g;
   }
   std::vector<std::uint8_t> Packed() const {
@@ -92,7 +94,8 @@ TEST_P(WhiteBalance, TintedMosaicsInAllPhasesAndSizes) {
       const Mosaic mosaic(width, height, mode, color);
       EXPECT_EQ(mosaic.Balance(0), (Gains{102, 128, 205}));
       Gains g = kBefore;
-      GreyWorldGains24(mosaic.Packed().data(), width, height, mode, &g[0], &g[1], &g[2]);
+      GuardedBytes packed(mosaic.Packed());
+      GreyWorldGains24(packed.data(), width, height, mode, &g[0], &g[1], &g[2]);
       EXPECT_EQ(g, (Gains{102, 128, 205}));
       const int cells = (width / 2) * ((height / 2 + 1) / 2);
       for (LONG index : {1, 2}) EXPECT_EQ(mosaic.Balance(index), UniformStatistics(color, cells));
@@ -122,19 +125,68 @@ TEST_P(WhiteBalance, StatisticsLeaveOutDarkOutlyingAndUnlookedCells) {
   EXPECT_EQ(mosaic.Balance(1), (Gains{128, 128, 128}));
 }
 
+/// Little-endian two-byte samples of `factor` times these values.
+std::vector<std::uint8_t> TwoBytes(const std::vector<std::uint8_t>& samples, int factor) {
+  std::vector<std::uint8_t> bytes;
+  for (const int sample : samples) {
+    bytes.push_back(static_cast<std::uint8_t>(sample * factor));
+    bytes.push_back(static_cast<std::uint8_t>(sample * factor >> 8));
+  }
+  return bytes;
+}
+
+TEST_P(WhiteBalance, StatisticsTakeTheMeanOfBothGreensRoundedUp) {
+  for (LONG mode = 0; mode < 4; ++mode) {
+    Mosaic mosaic(24, 8, mode, {150, 100, 90});
+    for (LONG y = 0; y < 8; y += 2) {
+      for (LONG x = 0; x < 24; ++x) mosaic.Paint(y, x, {150, 201, 90});
+    }
+    // In one row greens of 201, in the other of 100: 150.5.
+    EXPECT_EQ(mosaic.Balance(1), UniformStatistics({150, 151, 90}, 12 * 2)) << mode;
+  }
+}
+
+// Of three cells one is 6.5 times as bright as the others: more than three times the sum by four, less than
+// the sum.
+TEST_P(WhiteBalance, StatisticsDivideByOneMoreThanTheCells) {
+  Mosaic mosaic(6, 2, 1, {70, 70, 70});
+  mosaic.PaintCell(0, 1, {190, 170, 120});
+  EXPECT_EQ(mosaic.Balance(1), (Gains{128, 128, 128}));
+}
+
+// Groups of ever brighter cells, of which each look finds the brightest that is left to lie outside three
+// times the mean. The sixth would find the last: 128, 128; the fourth leaves one more in: 108, 150.
+TEST_P(WhiteBalance, StatisticsLookFiveTimes) {
+  struct Group {
+    Color color;
+    int cells;
+  };
+  const Group groups[] = {{{66, 66, 66}, 798},    {{173, 135, 100}, 112}, {{190, 149, 110}, 96},
+                          {{208, 163, 121}, 115}, {{239, 188, 140}, 91},  {{255, 216, 161}, 83}};
+  Mosaic mosaic(2 * 37, 2 * 69, 2, {0, 0, 0});  // 37 x 35 cells in every second row of cells
+  LONG cell = 0;
+  for (const auto& [color, cells] : groups) {
+    for (int n = 0; n < cells; ++n, ++cell) mosaic.PaintCell(cell / 37 * 2, cell % 37, color);
+  }
+  EXPECT_EQ(mosaic.Balance(2), (Gains{115, 128, 142}));
+}
+
 TEST_P(WhiteBalance, WhitePointOfThe24BitClass) {
   struct Case {
     Color color;
+    int factor;
     Gains expected;
   };
-  const Case cases[] = {{{255, 255, 255}, {128, 128, 128}},
-                        {{240, 230, 220}, {123, 128, 134}},
-                        {{200, 200, 200}, {128, 100, 128}},   // not bright enough
-                        {{255, 220, 180}, {128, 100, 128}}};  // too coloured
+  const Case cases[] = {{{255, 255, 255}, 1, {128, 128, 128}}, {{240, 230, 220}, 1, {123, 128, 134}},
+                        {{240, 230, 220}, 4, {123, 128, 134}},   // ten bits
+                        {{60, 58, 55}, 257, {124, 128, 135}},    // sixteen
+                        {{200, 200, 200}, 1, {128, 100, 128}},   // not bright enough
+                        {{255, 220, 180}, 1, {128, 100, 128}}};  // too coloured
   for (const Case& c : cases) {
     for (LONG mode = 0; mode < 4; ++mode) {
       Gains g = kBefore;
-      WhitePointGains24(Mosaic(11, 8, mode, c.color).Packed().data(), 11, 9, 8, mode, &g[0], &g[1], &g[2]);
+      GuardedBytes frame(TwoBytes(Mosaic(11, 8, mode, c.color).Packed(), c.factor));
+      WhitePointGains24(frame.data(), 11, 9, 8, mode, &g[0], &g[1], &g[2]);
       EXPECT_EQ(g, c.expected) << c.color.r << ", mode " << mode;
     }
   }
@@ -142,16 +194,22 @@ TEST_P(WhiteBalance, WhitePointOfThe24BitClass) {
 
 TEST_P(WhiteBalance, NearlyWhiteSumsAsTheirFormula) {
   for (int width = 5; width < 220; width = width * 5 / 4 + 1) {
-    for (int mode = 0; mode < 4; ++mode) {
-      // Bright noise around the limit.
-      std::vector<std::uint8_t> frame(static_cast<std::size_t>(4 * width));
-      for (std::size_t i = 0; i < frame.size(); ++i)
-        frame[i] = static_cast<std::uint8_t>(205 + i * i * 31 % 50);
+    for (int mode = 0; mode < 8; ++mode) {
+      // Bright noise around the limit, or anything up to the largest samples.
+      std::vector<int> samples;
+      for (int i = 0; i < 4 * width; ++i) {
+        samples.push_back(mode < 4 ? 205 + i * i * 31 % 50 : i * i % 7 == 0 ? 65535 : i * i % 911 * 65);
+      }
+      std::vector<std::uint8_t> frame;
+      for (const int sample : samples) {
+        frame.push_back(static_cast<std::uint8_t>(sample));
+        frame.push_back(static_cast<std::uint8_t>(sample >> 8));
+      }
       WhiteSums expected, sums;
-      const BayerPhase phase = PhaseOfMode(mode);
+      const BayerPhase phase = PhaseOfMode(mode % 4);
       for (int x = 2; x < width - 2; ++x) {
-        const BayerSample s = DirectColorAt(&frame[static_cast<std::size_t>(2 * width + x)], width, phase.row,
-                                            PhaseAt(phase, 0, x).column);
+        const BayerSample s = DirectColorAt(&samples[static_cast<std::size_t>(2 * width + x)], width,
+                                            phase.row, PhaseAt(phase, 0, x).column);
         const int r = s.red / 16, g = s.green, b = s.blue / 16;
         const double cb = -0.1687 * r - 0.3313 * g + 0.5 * b, cr = 0.5 * r - 0.4187 * g - 0.0813 * b;
         if (0.299 * r + 0.587 * g + 0.114 * b - std::abs(cb) - std::abs(cr) <= 200.5) continue;
@@ -160,9 +218,8 @@ TEST_P(WhiteBalance, NearlyWhiteSumsAsTheirFormula) {
         expected.blue += static_cast<std::uint64_t>(b);
         ++expected.count;
       }
-      GuardedBytes guarded(frame);
-      const std::uint8_t* row = guarded.data();
-      AddNearlyWhite({row, row + width, row + 2 * width, row + 3 * width}, width, phase, sums);
+      GuardedBytes guarded(frame, mode % 2 ? GuardedBytes::Guard::Before : GuardedBytes::Guard::Behind);
+      AddNearlyWhite(guarded.data() + 4 * width, width, width, phase, sums);
       ASSERT_EQ(sums.count, expected.count) << width;
       ASSERT_EQ(sums.red, expected.red) << width;
       ASSERT_EQ(sums.green, expected.green) << width;

@@ -190,7 +190,7 @@ TEST(Chart, IsWellExposedAndCarriesItsNumberInEverySetting) {
   }
 }
 
-TEST(PhotoScene, CoversTheSensorInLinearLight) {
+TEST(PhotoScene, CoversTheSensorWithItsCodes) {
   // Black, red, white, black beside one another: a target half as wide shows the middle.
   const Picture picture{
       4, 2, {0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0, 0, 0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0, 0}};
@@ -200,6 +200,24 @@ TEST(PhotoScene, CoversTheSensorInLinearLight) {
   EXPECT_EQ(row[1], (LinearRgb{65535, 65535, 65535}));
   MakePhotoScene(Picture{2, 1, {0, 0, 0, 255, 255, 255}}, 2, 2)->RenderRow(0, row);
   EXPECT_NEAR(row[0].g, 65535 / 4.0, 8) << "enlarged, a quarter of the way to white";
+}
+
+TEST(Lens, SoftensTheChartInBothDirections) {
+  constexpr int kColumns = 64, kRows = 40, kWeights[] = {1, 4, 6, 4, 1};
+  const auto chart = MakeTestChart(kColumns, kRows);
+  std::vector<LinearRgb> sharp(kColumns * kRows);
+  for (int y = 0; y < kRows; ++y) chart->RenderRow(y, &sharp[static_cast<std::size_t>(y * kColumns)]);
+  const auto seen = FilteredScene(*chart, ColourFilter::Mono, 0);
+  for (int i = 0; i < kColumns * kRows; ++i) {
+    double sum = 0;
+    for (int n = 0; n < 25; ++n) {
+      const int y = std::clamp(i / kColumns + n / 5 - 2, 0, kRows - 1);
+      const int x = std::clamp(i % kColumns + n % 5 - 2, 0, kColumns - 1);
+      const LinearRgb& light = sharp[static_cast<std::size_t>(y * kColumns + x)];
+      sum += kWeights[n / 5] * kWeights[n % 5] * (light.r + 2.0 * light.g + light.b) / 4;
+    }
+    ASSERT_NEAR(seen[static_cast<std::size_t>(i)], sum / 256, 2) << i;
+  }
 }
 
 TEST(Blur, SpreadsWithoutChangingTheMean) {

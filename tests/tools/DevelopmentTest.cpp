@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "tools/support/ToolError.h"
@@ -126,11 +127,69 @@ TEST(Development, ClassesAndFormats) {
     std::vector<std::uint8_t> frame = TestFrame(36, 28);
     EXPECT_EQ(Develop(request, frame)->GetStride(), row.stride);
   }
-  DevelopRequest request = Request(36, 28);
-  request.inputFormat = 6;
-  request.bits = 16;
-  std::vector<std::uint8_t> frame(request.FrameBytes());
-  EXPECT_THROW(Develop(request, frame), ToolError);
+}
+
+TEST(Development, RefusesWhatConvertsNothing) {
+  struct Row {
+    LONG width, height, inputFormat, bits;
+    std::optional<LONG> outputFormat, imageClass;
+    bool complementary;
+    const char* error;
+  };
+  const Row rows[] = {
+      {36, 28, 0, 8, 5, 24, false,
+       "36 x 28 8-bit mosaic frame does not become output format 5 in the 24-bit class"},
+      {36, 28, 0, 8, 4, 32, false,
+       "36 x 28 8-bit mosaic frame does not become output format 4 in the 32-bit class"},
+      {36, 28, 6, 8, 4, {}, false, "36 x 28 YUV 4:2:2 frame does not become output format 4"},
+      {36, 28, 6, 8, 0, {}, false, "36 x 28 YUV 4:2:2 frame does not become output format 0"},
+      {36, 28, 4, 8, 1, {}, false, "36 x 28 packed colour frame does not become output format 1"},
+      {36,
+       28,
+       0,
+       8,
+       0,
+       {},
+       true,
+       "36 x 28 8-bit mosaic of complementary colours does not become output format 0"},
+      {36, 28, 0, 16, {}, {}, true, "a mosaic of complementary colours has 8-bit samples"},
+      {36, 28, 6, 16, {}, {}, false, "only mosaic frames have 16-bit samples"},
+      {37, 28, 0, 8, {}, {}, false, "a picture of 37 x 28 is larger than its frame, 36 x 28 8-bit mosaic"},
+      {36, 29, 0, 8, 0, {}, false, "a picture of 36 x 29 is larger than its frame, 36 x 28 8-bit mosaic"},
+  };
+  for (const Row& row : rows) {
+    DevelopRequest request = Request(row.width, row.height);
+    request.sourceWidth = 36;
+    request.sourceHeight = 28;
+    request.inputFormat = row.inputFormat;
+    request.bits = row.bits;
+    request.outputFormat = row.outputFormat;
+    request.imageClass = row.imageClass;
+    request.complementary = row.complementary;
+    std::vector<std::uint8_t> frame(request.FrameBytes());
+    try {
+      Develop(request, frame);
+      ADD_FAILURE() << row.error;
+    } catch (const ToolError& error) {
+      EXPECT_STREQ(error.what(), row.error);
+      if (row.inputFormat == 6 && row.bits == 8) {
+        EXPECT_EQ(error.Hint(), "--output-format can be 1, 5; --method 1 and 2 need 5 x 5 pixels");
+      }
+    }
+  }
+}
+
+TEST(Development, OffersWhatCamerasAccept) {
+  const std::map<std::string_view, std::pair<LONG, LONG>> expected = {
+      {"--gain-r", {0, 300}}, {"--saturation", {-10, 10}},   {"--brightness", {-255, 255}},
+      {"--hue", {0, 359}},    {"--dot-threshold", {1, 255}}, {"--method", {0, 2}}};
+  for (const DevelopSetting& setting : DevelopSettings()) {
+    const auto [minimum, maximum] = LimitsOf(setting);
+    EXPECT_LT(minimum, maximum) << setting.option;
+    const auto known = expected.find(setting.option);
+    if (known == expected.end()) continue;
+    EXPECT_EQ(std::pair(minimum, maximum), known->second) << setting.option;
+  }
 }
 
 }  // namespace

@@ -119,6 +119,11 @@ TEST_F(Program, AnswersBadInputAndLeavesNothing) {
       {"develop ten.raw --width 1280 --height 1024 -o a.bmp", 2,
        "ten.raw has 10 bytes, 1280 x 1024 8-bit mosaic needs 1310720"},
       {"develop none.raw --width 5 --height 2 -o a.bmp", 2, "'none.raw' can't be read"},
+      {"develop ten.raw --width 5 -o a.bmp", 2, "--height is required"},
+      {"develop ten.raw --width 5 --height 2 --saturation 11 -o a.bmp", 2,
+       "--saturation: 11 is not in -10..10"},
+      {"develop ten.raw --width 5 --height 2 --image-class 24 --output-format 5 -o a.bmp", 2,
+       "does not become output format 5"},
       {"develop ten.raw --width 5 --height 2 -o a.raw", 2, "'a.raw' ends in none of"},
       {"develop ten.raw --width 5 --height 2 --output-format 2 -o a.bmp", 2, "--output-format"},
       {"develop ten.raw --width 5 --height 2 --output-format 0 -o a.bmp", 2, "raw samples are no picture"},
@@ -215,7 +220,7 @@ TEST_F(Program, GrabsInEveryMode) {
     EXPECT_EQ(fs::file_size(mode + "-01.raw"), 64u * 48);
     EXPECT_EQ(fs::file_size(mode + "-02.bmp"), 54u + 64 * 48 * 4);
   }
-  EXPECT_EQ(Files().size(), 18u);
+  EXPECT_EQ(Files().size(), 18u + 6) << "each raw file with its description";
   // The number of the last frame is unknown, so every old file counts.
   EXPECT_EQ(Run("--sim 13 grab -t 1s -o \"queue-{frame:02}.bmp\"").code, 2);
   EXPECT_EQ(Run("--sim 13 grab -n 1 -o \"queue-{frame:02}.bmp\" --force -q").err, "");
@@ -322,6 +327,44 @@ TEST_F(Program, TraceShowsAFailedOpen) {
   EXPECT_TRUE(std::ranges::any_of(lines, [](const json& line) {
     return line["step"] == "frame" && line.value("result", "") == "0x80004005";
   }));
+}
+
+TEST_F(Program, DevelopsARawFileAsTheCameraWould) {
+  const char* const kSettings[] = {
+      "--set roi-left=41 --set roi-top=7 --set roi-width=640 --set roi-height=300 --set saturation=4 --set "
+      "gamma=70",
+      "--set trans-mode=1 --set contrast=20 --set hor-mirror=1 --set roi-height=100",
+      "--set contrast=20 --set auto-white-balance=1 --set bayer-decoding-method=1 --set roi-height=100",
+      "--set output-format=4 --set color-gain-red=150 --set roi-height=100"};
+  for (const char* const settings : kSettings) {
+    ASSERT_EQ(Run(fmt::format("--sim 13 snap -o camera.bmp --force {}", settings)).code, 0);
+    ASSERT_EQ(Run(fmt::format("--sim 13 snap -o a.raw --force {}", settings)).code, 0);
+    const Outcome outcome = Run("develop a.raw -o developed.bmp --force");
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_TRUE(Contents("camera.bmp") == Contents("developed.bmp")) << settings;
+  }
+  const json described = json::parse(Contents("a.raw.json"));
+  EXPECT_EQ(described["type"], 13);
+  EXPECT_EQ(described["width"], 1280);
+  EXPECT_EQ(described["bits"], 8);
+  EXPECT_EQ(described["settings"]["color-gain-red"], 150);
+  // The command line goes first.
+  EXPECT_EQ(Run("develop a.raw -o small.bmp --width 64 --json").Lines().at(0)["source_width"], 1280);
+  EXPECT_EQ(Run("--sim 13 snap -o a.raw").code, 2);
+  fs::remove("a.raw");
+  EXPECT_NE(Run("--sim 13 snap -o a.raw").err.find("'a.raw.json' exists already"), std::string::npos);
+  std::ofstream("a.raw") << "x";
+  json other = described, wide = described;
+  other["settings"]["saturation"] = 11;
+  wide["width"] = 1LL << 40;
+  for (const std::string& text :
+       {std::string(), std::string("[]"), std::string("{\"width\": \"8\"}"), other.dump(), wide.dump()}) {
+    std::ofstream("a.raw.json") << text;
+    const Outcome outcome = Run("develop a.raw -o b.bmp");
+    EXPECT_EQ(outcome.code, 2) << text;
+    EXPECT_NE(outcome.err.find("'a.raw.json' does not describe a raw frame"), std::string::npos)
+        << outcome.err;
+  }
 }
 
 TEST_F(Program, DevelopsAKeptFrame) {

@@ -18,8 +18,12 @@ namespace zel::tool {
 namespace {
 
 FrameShape ShapeOf(COrvaneImage& image) {
-  return {image.GetWidth(), image.GetHeight(), image.GetStride(), BitCountOf(image.GetOutputFormat()),
-          image.GetRawSize()};
+  FrameShape shape{image.GetWidth(), image.GetHeight(), image.GetStride(),
+                   BitCountOf(image.GetOutputFormat()), image.GetRawSize()};
+  shape.inputFormat = image.GetInputFormat();
+  if (shape.inputFormat == 0 && image.GetRawStride() == 2 * shape.width) shape.sampleBits = 16;
+  if (auto* const whole = dynamic_cast<COrvaneImageImpl*>(&image)) shape.bayerMode = whole->GetBayerMode();
+  return shape;
 }
 
 /// Takes the frame that the image object holds now.

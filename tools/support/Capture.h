@@ -16,6 +16,9 @@ struct FrameShape {
   LONG width = 0, height = 0, strideBytes = 0;
   LONG bitCount = 0;           ///< of a pixel; 0 when the pixels are raw samples
   std::uint32_t rawBytes = 0;  ///< of the raw frame, also when it is not copied
+  LONG inputFormat = 0;        ///< 0 mosaic or grey, 4 packed 24-bit, 6 YUV 4:2:2
+  LONG sampleBits = 8;         ///< of a raw sample: 8 or 16
+  LONG bayerMode = 0;          ///< 0..3, of the raw frame's first sample
 
   std::size_t PixelBytes() const {
     return static_cast<std::size_t>(strideBytes) * static_cast<std::size_t>(height);

@@ -14,14 +14,22 @@ namespace zel::tool {
 /// One numeric setting of the image object that `develop` offers.
 struct DevelopSetting {
   const char* option;
-  const char* text;
-  LONG minimum, maximum;  ///< what the option accepts
-  bool isSwitch;          ///< without a value it means 1
+  const char* property;  ///< the camera's setting of the same meaning; "" when there is none
+  bool isSwitch;         ///< without a value it means 1
   void (*apply)(COrvaneImageImpl& image, LONG value);
 };
 
 /// In the order in which a starting camera makes them.
 std::span<const DevelopSetting> DevelopSettings();
+
+struct SettingLimits {
+  LONG minimum, maximum;
+};
+
+/// What a camera accepts: the range that its property has on every type.
+SettingLimits LimitsOf(const DevelopSetting& setting);
+/// What it means.
+std::string TextOf(const DevelopSetting& setting);
 
 /// How one raw frame becomes a picture.
 struct DevelopRequest {
@@ -43,7 +51,8 @@ struct DevelopRequest {
 };
 
 /// Converts the frame (`FrameBytes()` bytes; changed in place) and returns the image object with the picture
-/// in it. Throws a usage error for sizes and formats that can't be.
+/// in it. Throws a usage error for sizes and formats that can't be, and when the frame does not fill the
+/// output.
 std::unique_ptr<COrvaneImageImpl> Develop(const DevelopRequest& request, std::vector<std::uint8_t>& frame);
 
 }  // namespace zel::tool

@@ -85,6 +85,9 @@ fs::path FilePattern::PathOf(std::int64_t frame) const {
 }
 
 bool FilePattern::Covers(std::string_view fileName, std::int64_t last) const {
+  constexpr std::string_view kDescription = ".json";
+  if (format_ == FileFormat::Raw && fileName.ends_with(kDescription))
+    fileName.remove_suffix(kDescription.size());
   if (!numbered_) return fileName == before_;
   if (fileName.size() <= before_.size() + after_.size()) return false;
   const std::string_view number =

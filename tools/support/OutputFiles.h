@@ -24,7 +24,8 @@ class FilePattern {
   bool IsNumbered() const { return numbered_; }
   const std::filesystem::path& Folder() const { return folder_; }
   std::filesystem::path PathOf(std::int64_t frame) const;
-  /// Whether a file of this name belongs to frames 1 to `last` of the series.
+  /// Whether a file of this name belongs to frames 1 to `last` of the series: a picture, or the description
+  /// beside a raw file.
   bool Covers(std::string_view fileName, std::int64_t last) const;
 
   /// Throws unless files can be written for frames 1 to `last`: a usage error for a missing folder, and for

@@ -7,6 +7,8 @@
 #include "tools/support/Development.h"
 #include "tools/support/Output.h"
 #include "tools/support/PictureFile.h"
+#include "tools/support/RawDescription.h"
+#include "tools/support/Words.h"
 
 namespace zel::tool {
 namespace {
@@ -16,9 +18,45 @@ constexpr LONG kLargestSide = 65535;
 
 struct DevelopOptions {
   DevelopRequest request;
+  std::optional<LONG> width, height, inputFormat, bits;  ///< go before the description's
   std::string input, output;
   bool force = false;
 };
+
+template <class Value>
+void FillIn(std::optional<Value>& value, const std::optional<Value>& described) {
+  if (!value) value = described;
+}
+
+/// What the command line says and, where it says nothing, the description beside the raw file.
+DevelopRequest Complete(const DevelopOptions& options) {
+  DevelopRequest request = options.request;
+  const std::filesystem::path raw = ToPath(options.input);
+  const std::optional<RawDescription> beside = ReadDescription(raw);
+  const bool sized = options.width && options.height;
+  if (!beside && !sized) {
+    throw ToolError(kExitUsage, fmt::format("--{} is required", options.width ? "height" : "width"),
+                    fmt::format("'{}', which snap and grab write beside a raw file, is not there",
+                                ToText(DescriptionOf(raw))));
+  }
+  const RawDescription described = beside.value_or(RawDescription{});
+  request.width = options.width.value_or(described.width);
+  request.height = options.height.value_or(described.height);
+  request.inputFormat = options.inputFormat.value_or(described.inputFormat);
+  request.bits = options.bits.value_or(described.bits);
+  if (!beside) return request;
+  FillIn(request.sourceWidth, std::optional(described.width));
+  FillIn(request.sourceHeight, std::optional(described.height));
+  // A class that was asked for has its own format.
+  if (!request.imageClass) FillIn(request.outputFormat, described.outputFormat);
+  FillIn(request.whitePixel, described.whitePixel);
+  FillIn(request.whiteThreshold, described.whiteThreshold);
+  if (request.colorMatrix.empty()) request.colorMatrix = described.colorMatrix;
+  for (std::size_t n = 0; n < request.settings.size(); ++n) {
+    FillIn(request.settings[n], described.settings[n]);
+  }
+  return request;
+}
 
 std::vector<std::uint8_t> ReadFrame(const std::string& name, const DevelopRequest& request) {
   std::ifstream file(ToPath(name), std::ios::binary | std::ios::ate);
@@ -60,7 +98,7 @@ Json Result(COrvaneImageImpl& image, const DevelopRequest& request, const std::s
 ExitCode RunDevelop(const DevelopOptions& options, const Globals& globals) {
   const FilePattern target(options.output, {FileFormat::Bitmap, FileFormat::Jpeg, FileFormat::Bgra});
   if (target.IsNumbered()) throw ToolError(kExitUsage, "-o needs the name of one file");
-  const DevelopRequest& request = options.request;
+  const DevelopRequest request = Complete(options);
   std::vector<std::uint8_t> frame = ReadFrame(options.input, request);
   target.CheckWritable(1, options.force);
   const auto image = Develop(request, frame);
@@ -81,8 +119,14 @@ ExitCode RunDevelop(const DevelopOptions& options, const Globals& globals) {
 
 template <class Number>
 CLI::Option* AddNumber(CLI::App& command, const char* name, Number& value, LONG minimum, LONG maximum,
-                       const char* text) {
-  return command.add_option(name, value, text)->check(CLI::Range(minimum, maximum));
+                       const std::string& text) {
+  const auto check = [minimum, maximum](const std::string& word) {
+    const auto number = ParseNumber(word);
+    if (number && *number >= minimum && *number <= maximum) return std::string();
+    return fmt::format("{} is not in {}..{}", word, minimum, maximum);
+  };
+  return command.add_option(name, value, text)
+      ->check(CLI::Validator(check, fmt::format("{}..{}", minimum, maximum)));
 }
 
 }  // namespace
@@ -90,21 +134,25 @@ CLI::Option* AddNumber(CLI::App& command, const char* name, Number& value, LONG 
 Action DefineDevelop(CLI::App& command, const Globals& globals) {
   auto options = std::make_shared<DevelopOptions>();
   DevelopRequest& request = options->request;
-  command.add_option("IN.raw", options->input, "One frame as a camera sent it")->required();
+  command
+      .add_option("IN.raw", options->input,
+                  "One frame as a camera sent it; IN.raw.json beside it describes it")
+      ->required();
   command.add_option("-o,--output", options->output, "The picture: .bmp, .jpg, or .bgra for the bare pixels")
       ->required();
   command.add_flag("--force", options->force, "Overwrite an existing file");
-  AddNumber(command, "--width", request.width, 1, kLargestSide, "Of the picture")->required();
-  AddNumber(command, "--height", request.height, 1, kLargestSide, "Of the picture")->required();
+  AddNumber(command, "--width", options->width, 1, kLargestSide, "Of the picture");
+  AddNumber(command, "--height", options->height, 1, kLargestSide, "Of the picture");
   AddNumber(command, "--source-width", request.sourceWidth, 1, kLargestSide, "Pixels in a row of the frame");
   AddNumber(command, "--source-height", request.sourceHeight, 1, kLargestSide, "Rows of the frame");
-  command.add_option("--input-format", request.inputFormat, "0 mosaic or grey, 4 packed 24-bit, 6 YUV 4:2:2")
+  command
+      .add_option("--input-format", options->inputFormat, "0 mosaic or grey, 4 packed 24-bit, 6 YUV 4:2:2")
       ->check(CLI::IsMember({0, 4, 6}));
   command.add_option("--output-format", request.outputFormat, "0 raw, 1 and 5 32-bit, 4 24-bit pixels")
       ->check(CLI::IsMember({0, 1, 4, 5}));
   command.add_option("--image-class", request.imageClass, "24 or 32; by default that of the output format")
       ->check(CLI::IsMember({24, 32}));
-  command.add_option("--bits", request.bits, "Of a transferred sample: 8 or 16")
+  command.add_option("--bits", options->bits, "Of a transferred sample: 8 or 16")
       ->check(CLI::IsMember({8, 16}));
   command.add_flag("--complementary", request.complementary, "Mosaic of complementary colours");
   command
@@ -117,8 +165,9 @@ Action DefineDevelop(CLI::App& command, const Globals& globals) {
   request.settings.resize(DevelopSettings().size());
   for (std::size_t n = 0; n < request.settings.size(); ++n) {
     const DevelopSetting& setting = DevelopSettings()[n];
-    auto* const option = AddNumber(command, setting.option, request.settings[n], setting.minimum,
-                                   setting.maximum, setting.text);
+    const auto [minimum, maximum] = LimitsOf(setting);
+    auto* const option =
+        AddNumber(command, setting.option, request.settings[n], minimum, maximum, TextOf(setting));
     if (setting.isSwitch) option->expected(0, 1);
   }
   return [options, &globals] { return RunDevelop(*options, globals); };

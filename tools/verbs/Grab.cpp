@@ -10,6 +10,7 @@
 #include "tools/support/CaptureOptions.h"
 #include "tools/support/Interrupt.h"
 #include "tools/support/Progress.h"
+#include "tools/support/RawDescription.h"
 #include "tools/support/Recording.h"
 #include "tools/support/Watchdog.h"
 #include "tools/support/Words.h"
@@ -47,6 +48,7 @@ class Grab {
         progress_(globals, options.frames) {}
 
   ExitCode Run() {
+    if (pattern_) description_ = DescribeCamera(camera_);
     const auto capture = StartCapture(camera_, *ParseDeliveryMode(options_.mode), KeepFor(pattern_));
     startNs_ = NowNs();
     try {
@@ -91,7 +93,7 @@ class Grab {
     line["bytes"] = frame_.rawBytes;
     if (pattern_) {
       const std::filesystem::path path = pattern_->PathOf(number);
-      WritePicture(frame_.View(), pattern_->Format(), path);
+      SaveFrame(frame_, pattern_->Format(), path, description_);
       line["file"] = ToText(path);
     }
     if (globals_.json) PrintJson(line);
@@ -131,6 +133,7 @@ class Grab {
   Progress progress_;
   Progress::Counts counts_;
   CapturedFrame frame_;
+  Json description_;  ///< for raw files
   std::uint64_t startNs_ = 0;
 };
 

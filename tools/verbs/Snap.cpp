@@ -6,6 +6,7 @@
 #include "tools/support/CameraReport.h"
 #include "tools/support/CaptureOptions.h"
 #include "tools/support/Interrupt.h"
+#include "tools/support/RawDescription.h"
 #include "tools/support/Watchdog.h"
 
 namespace zel::tool {
@@ -21,6 +22,7 @@ ExitCode Snap(const CaptureOptions& options, const Globals& globals) {
   WatchForInterrupt();
   Watchdog watchdog(camera);
   CapturedFrame frame;
+  const Json description = DescribeCamera(camera);
   // On demand: a frame that was exposed before now can't be in it.
   const auto capture = StartCapture(camera, kDeliverOnDemand, KeepFor(pattern));
   while (!capture->Next(&frame, 100)) {
@@ -29,7 +31,7 @@ ExitCode Snap(const CaptureOptions& options, const Globals& globals) {
   }
   const std::optional<std::uint32_t> luminance = MeanLuminance(camera);
   const std::filesystem::path path = pattern->PathOf(1);
-  WritePicture(frame.View(), pattern->Format(), path);
+  SaveFrame(frame, pattern->Format(), path, description);
 
   if (globals.json) {
     Json json = CameraJson(camera.Id());

@@ -27,8 +27,10 @@ struct BayerSample {
 };
 
 /// Reads up to two rows above and one below `p`, two samples to the left and one to the right; the colour
-/// found is that of the corner between `p` and its upper left neighbour.
-inline BayerSample DirectColorAt(const std::uint8_t* p, std::ptrdiff_t pitch, bool rowFlag, bool columnFlag) {
+/// found is that of the corner between `p` and its upper left neighbour. `p[i]` is the i-th sample from
+/// there, `pitch` counts samples.
+template <class Samples>
+BayerSample DirectColorAt(Samples p, std::ptrdiff_t pitch, bool rowFlag, bool columnFlag) {
   // Red and blue exchange places between (0, 0) and (1, 1), and between (0, 1) and (1, 0).
   if (rowFlag == columnFlag) {
     const int beside = 9 * p[-1] + 3 * p[-2 * pitch - 1] + 3 * p[1] + p[-2 * pitch + 1];

@@ -1,7 +1,6 @@
 #include "imaging/kernels/DirectDemosaic.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "imaging/kernels/DirectDemosaic.cpp"
@@ -140,75 +139,6 @@ void DirectRow(const MosaicRows& rows, int width, BayerPhase phase, const ColorG
   kRows[greenFirst][large](rows, width, phase, gains, out);
 }
 
-// Luminance and colour differences in 1/10000, by red, green and blue.
-constexpr int kY[3] = {2990, 5870, 1140}, kCb[3] = {-1687, -3313, 5000}, kCr[3] = {5000, -4187, -813};
-constexpr int kNearlyWhite = 2'005'000;
-
-int Mix(const int (&weights)[3], int r, int g, int b) {
-  return weights[0] * r + weights[1] * g + weights[2] * b;
-}
-
-struct LaneSums {
-  LaneSums() : red(hn::Zero(Dwords())), green(red), blue(red), count(red) {}
-
-  HWY_INLINE void AddWhite(WordsV r, WordsV g, WordsV b) {
-    const auto zero = hn::Zero(Words()), one = hn::Set(Words(), 1);
-    const auto low = IsWhite(hn::InterleaveLower(Words(), r, g), hn::InterleaveLower(Words(), b, zero));
-    const auto high = IsWhite(hn::InterleaveUpper(Words(), r, g), hn::InterleaveUpper(Words(), b, zero));
-    const auto white = hn::ReorderDemote2To(Words(), low, high);
-    red = AddPairProducts(red, hn::And(white, r), one);
-    green = AddPairProducts(green, hn::And(white, g), one);
-    blue = AddPairProducts(blue, hn::And(white, b), one);
-    count = AddPairProducts(count, hn::And(white, one), one);
-  }
-
-  static HWY_INLINE DwordsV IsWhite(WordsV redGreen, WordsV blue) {
-    const auto mix = [&](const int(&weights)[3]) HWY_ATTR {
-      const auto sum = AddPairProducts(hn::Zero(Dwords()), redGreen, Pair(weights[0], weights[1]));
-      return AddPairProducts(sum, blue, Pair(weights[2], 0));
-    };
-    const auto whiteness = hn::Sub(hn::Sub(mix(kY), hn::Abs(mix(kCb))), hn::Abs(mix(kCr)));
-    return hn::VecFromMask(Dwords(), hn::Gt(whiteness, hn::Set(Dwords(), kNearlyWhite)));
-  }
-
-  static std::uint64_t Total(DwordsV v) {
-    return static_cast<std::uint64_t>(hn::GetLane(hn::SumOfLanes(Dwords(), v)));
-  }
-
-  DwordsV red, green, blue, count;
-};
-
-void AddNearlyWhite(const MosaicRows& rows, int width, BayerPhase phase, WhiteSums& sums) {
-  const int step = static_cast<int>(hn::Lanes(Bytes()));
-  const bool greenFirst = phase.row == phase.column;
-  LaneSums lanes;
-  int i = 2;
-  for (; i + step + 2 <= width; i += step) {
-    const RowTaps a = LoadTaps(rows.farAbove + i), b = LoadTaps(rows.above + i), c = LoadTaps(rows.here + i),
-                  d = LoadTaps(rows.below + i);
-    const Neighbourhood evens{a.even, b.even, c.even, d.even}, odds{a.odd, b.odd, c.odd, d.odd};
-    for (const Sums& sum : {AtGreen(greenFirst ? evens : odds), AtColor(greenFirst ? odds : evens)}) {
-      const auto own = hn::ShiftRight<4>(sum.own), other = hn::ShiftRight<4>(sum.other);
-      lanes.AddWhite(phase.row ? other : own, sum.green, phase.row ? own : other);
-    }
-  }
-  sums.red += LaneSums::Total(lanes.red);
-  sums.green += LaneSums::Total(lanes.green);
-  sums.blue += LaneSums::Total(lanes.blue);
-  sums.count += LaneSums::Total(lanes.count);
-  const std::ptrdiff_t pitch = rows.here - rows.above;
-  for (; i < width - 2; ++i) {
-    const BayerSample sample = DirectColorAt(rows.here + i, pitch, phase.row, phase.column != ((i & 1) != 0));
-    const int r = sample.red >> 4, g = sample.green, b = sample.blue >> 4;
-    if (Mix(kY, r, g, b) - std::abs(Mix(kCb, r, g, b)) - std::abs(Mix(kCr, r, g, b)) <= kNearlyWhite)
-      continue;
-    sums.red += static_cast<unsigned>(r);
-    sums.green += static_cast<unsigned>(g);
-    sums.blue += static_cast<unsigned>(b);
-    ++sums.count;
-  }
-}
-
 }  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace zel
@@ -218,15 +148,10 @@ HWY_AFTER_NAMESPACE();
 namespace zel {
 
 HWY_EXPORT(DirectRow);
-HWY_EXPORT(AddNearlyWhite);
 
 void DirectRow(const MosaicRows& rows, int width, BayerPhase phase, const ColorGains& gains,
                const PlaneRow& out) {
   HWY_DYNAMIC_DISPATCH(DirectRow)(rows, width, phase, gains, out);
-}
-
-void AddNearlyWhite(const MosaicRows& rows, int width, BayerPhase phase, WhiteSums& sums) {
-  HWY_DYNAMIC_DISPATCH(AddNearlyWhite)(rows, width, phase, sums);
 }
 
 }  // namespace zel

@@ -22,12 +22,4 @@ struct MosaicRows {
 void DirectRow(const MosaicRows& rows, int width, BayerPhase phase, const ColorGains& gains,
                const PlaneRow& out);
 
-struct WhiteSums {
-  std::uint64_t red = 0, green = 0, blue = 0, count = 0;
-};
-
-/// Adds the colours, without gains, of columns 2..width-3 that are nearly white: Y - |Cb| - |Cr| > 200.5. The
-/// rows lie equally far apart and need no slack.
-void AddNearlyWhite(const MosaicRows& rows, int width, BayerPhase phase, WhiteSums& sums);
-
 }  // namespace zel

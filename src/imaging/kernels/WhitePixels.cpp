@@ -20,7 +20,8 @@ namespace {
 constexpr int kColorDifference = 30;
 
 int Scaled(int sum, int gain, int shift) {
-  return static_cast<int>(std::min<std::int64_t>((std::int64_t{sum} * gain) >> shift, 255));
+  // Like the direct kernel: a gain below 0 counts as 0.
+  return static_cast<int>(std::clamp<std::int64_t>((std::int64_t{sum} * gain) >> shift, 0, 255));
 }
 
 bool IsStronglyColored(const BayerSample& sample, const ColorGains& gains) {

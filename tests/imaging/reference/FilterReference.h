@@ -35,8 +35,11 @@ inline void CancelWhitePixels(Bytes& frame, int fullWidth, int height, int thres
       if (frame[i] - mean < threshold || i + fullWidth + 1 >= size) continue;
       const bool rowFlag = ((bayerMode & 1) + y) % 2 != 0, columnFlag = (bayerMode / 2 + x) % 2 != 0;
       const BayerSample s = DirectColorAt(&frame[i], fullWidth, rowFlag, columnFlag);
-      const int r = std::min(255, s.red * gains.r / 2048), g = std::min(255, s.green * gains.g / 128),
-                b = std::min(255, s.blue * gains.b / 2048);
+      const auto scaled = [](std::int64_t sum, int gain, int unit) {
+        return static_cast<int>(std::clamp<std::int64_t>(sum * gain / unit, 0, 255));
+      };
+      const int r = scaled(s.red, gains.r, 2048), g = scaled(s.green, gains.g, 128),
+                b = scaled(s.blue, gains.b, 2048);
       const int differing = (std::abs(r - g) > 30) + (std::abs(r - b) > 30) + (std::abs(g - b) > 30);
       if (differing >= 2) frame[i] = static_cast<std::uint8_t>(mean);
     }
