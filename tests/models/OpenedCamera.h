@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -28,16 +29,20 @@ class RegisterLog : public PassingDriverHost {
                   access == RegisterAccess::Read ? "read" : "write", address, value);
     log_ += text;
   }
-  void Sleep(std::uint32_t milliseconds) override { slept_ += milliseconds; }
+  void Sleep(std::uint32_t milliseconds) override {
+    slept_ += milliseconds;
+    PassingDriverHost::Sleep(milliseconds);
+  }
   std::string Take() { return std::exchange(log_, {}); }
   std::uint32_t Slept() const { return slept_; }
 
  private:
-  std::uint32_t slept_ = 0;
+  std::atomic<std::uint32_t> slept_ = 0;
   std::string log_;
 };
 
-/// A simulated camera of a type, opened.
+/// A simulated camera of a type, opened; its controller waits in virtual time. At its end nothing of it may
+/// be open.
 class OpenedCamera {
  public:
   /// At 0 frames per second a frame comes whenever it is read.
@@ -49,6 +54,7 @@ class OpenedCamera {
     address_ = {static_cast<int>(type), index};
     computer.cameras = {address_};
     computer.framesPerSecond = framesPerSecond;
+    computer.clock = std::make_shared<SimClock>(SimClock::Kind::Virtual);
     std::string error;
     sim_ = SimDriverHost::Create(computer, &error);
     EXPECT_NE(sim_, nullptr) << error;
@@ -56,6 +62,10 @@ class OpenedCamera {
     installed_ = std::make_unique<ScopedDriverHost>(*log_);
     EXPECT_EQ(camera_->OpenCamera(index), 1);
     log_->Take();
+  }
+  ~OpenedCamera() {
+    camera_.reset();
+    EXPECT_EQ(sim_->Handles(address_), 0);
   }
 
   /// Without workers: frames come when they are read.
@@ -77,6 +87,7 @@ class OpenedCamera {
   void Unplug() { sim_->Camera(address_)->Unplug(); }
   std::string TakeLog() { return log_->Take(); }
   std::uint32_t SleptMs() const { return log_->Slept(); }
+  int Handles() const { return sim_->Handles(address_); }
   std::vector<std::string> ProtocolErrors() { return sim_->Camera(address_)->ProtocolErrors(); }
 
  private:

@@ -92,9 +92,11 @@ TEST(DiskWire, AFrameIsReadyOnceAndReadAsAWhole) {
   EXPECT_EQ(client.Status()[256], 0) << "before the capture was prepared";
   client.WriteRegister(0x2014, 30);
   client.WriteRegister(0x2016, 20);
-  client.WriteRegister(0x05, 1023);
   client.Command({0x10});
   EXPECT_FALSE(client.TryRead(kImage, 1024).ok) << "before it was seen ready";
+  EXPECT_EQ(client.Status()[256], 0) << "while it is prepared";
+  host->Sleep(8);
+  client.WriteRegister(0x05, 1023);
   EXPECT_EQ(client.Status()[256], 1);
   EXPECT_EQ(client.Status()[256], 1);
   EXPECT_FALSE(client.TryRead(kImage, 512).ok);
@@ -114,6 +116,7 @@ TEST(DiskWire, FaultsReachTheHost) {
   client.WriteRegister(0x2014, 32);
   client.WriteRegister(0x2016, 32);
   client.Command({0x10});
+  host->Sleep(8);
   client.Status();
   const DriverResult cut = client.TryRead(kImage, 1024);
   EXPECT_TRUE(cut.ok);

@@ -22,7 +22,7 @@ SimConfiguration SataCamera(std::vector<SimFault> faults = {}) {
 
 class SataClient : public SectorClient {
  public:
-  explicit SataClient(SimDriverHost& host) : SectorClient(host, u"\\\\.\\E:") {}
+  explicit SataClient(SimDriverHost& host) : SectorClient(host, u"\\\\.\\E:"), host_(host) {}
 
   Bytes Sector() { return Read(kCommand, 512); }
   /// Writes the sector back with some bytes changed.
@@ -31,14 +31,21 @@ class SataClient : public SectorClient {
     for (const auto& [offset, byte] : bytes) sector[offset] = static_cast<std::uint8_t>(byte);
     return Write(kCommand, sector);
   }
+  void Wait() { host_.Sleep(8); }
   /// Aligned width and height, both below 256.
   bool Settings(int run, int oneByte, int width, int height) {
-    return Put(Bytes(512), {{46, run}, {48, oneByte}, {64, width}, {68, height}, {96, 1}});
+    const bool taken = Put(Bytes(512), {{46, run}, {48, oneByte}, {64, width}, {68, height}, {96, 1}});
+    Wait();
+    return taken;
   }
   void WriteRegister(int address, int value) {
     EXPECT_TRUE(Change({{34, 1}, {36, address}, {37, 0}, {38, value & 0xFF}, {39, value >> 8}}));
     for (int n = 0; n < 3; ++n) Sector();
+    Wait();
   }
+
+ private:
+  SimDriverHost& host_;
 };
 
 TEST(SataWire, RegisterAccessTakesItsTime) {
