@@ -84,11 +84,12 @@ class OpenedCamera {
 
   CZELDeviceImpl& Device() { return dynamic_cast<CZELDeviceImpl&>(*camera_); }
   CZELDevicePropertyImpl& Property() { return Device().PropertyStore(); }
-  void Unplug() { sim_->Camera(address_)->Unplug(); }
+  VirtualCamera& Sensor() { return *sim_->Camera(address_); }
+  void Unplug() { Sensor().Unplug(); }
   std::string TakeLog() { return log_->Take(); }
   std::uint32_t SleptMs() const { return log_->Slept(); }
   int Handles() const { return sim_->Handles(address_); }
-  std::vector<std::string> ProtocolErrors() { return sim_->Camera(address_)->ProtocolErrors(); }
+  std::vector<std::string> ProtocolErrors() { return Sensor().ProtocolErrors(); }
 
  private:
   SimCameraAddress address_;

@@ -109,6 +109,23 @@ TEST(DiskWire, AFrameIsReadyOnceAndReadAsAWhole) {
   EXPECT_FALSE(client.TryRead(kImage, 1024).ok) << "preparing forgets the frame";
 }
 
+TEST(DiskWire, PreparingResetsTheExposureAndIsDeafForAWhile) {
+  const auto host = MakeHost(DiskCamera());
+  DiskClient client(*host);
+  const VirtualCamera& camera = *host->Camera({78, 2});
+  client.WriteRegister(0x2004, 500);
+  client.WriteRegister(0x05, 600);
+  client.Command({0x10});
+  EXPECT_EQ(camera.ReadRegister(0x2004), 2u);
+  EXPECT_EQ(camera.ReadRegister(0x05), 100u);
+  for (const std::uint32_t waited : {0, 8}) {
+    host->Sleep(waited);
+    client.WriteRegister(0x05, 700);
+    EXPECT_EQ(camera.ReadRegister(0x05), waited != 0 ? 700u : 100u);
+  }
+  EXPECT_THAT(camera.ProtocolErrors(), testing::SizeIs(2)) << "a byte each";
+}
+
 TEST(DiskWire, FaultsReachTheHost) {
   using Kind = SimFault::Kind;
   const auto host = MakeHost(DiskCamera({{Kind::Short, 1}, {Kind::Unplug, 2}}));

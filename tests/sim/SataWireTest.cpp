@@ -66,6 +66,40 @@ TEST(SataWire, RegisterAccessTakesItsTime) {
   EXPECT_THAT(host->Camera({1, 'E'})->ProtocolErrors(), IsEmpty());
 }
 
+TEST(SataWire, RequestsAreLostUntilTheLastChangeHasSettled) {
+  const auto host = MakeHost(SataCamera());
+  SataClient client(*host);
+  const VirtualCamera& camera = *host->Camera({1, 'E'});
+  const auto write = [&](int value) {
+    EXPECT_TRUE(client.Change({{34, 1}, {36, 0x09}, {38, value}, {39, 0}}));
+    for (int n = 0; n < 3; ++n) client.Sector();
+    return camera.ReadRegister(0x09) == static_cast<std::uint32_t>(value);
+  };
+  const auto stop = [&] { return client.Change({{46, 2}}); };
+  EXPECT_TRUE(stop() && !write(10)) << "after a stop";
+  client.Wait();
+  EXPECT_TRUE(write(11));
+  EXPECT_FALSE(write(12)) << "after a write";
+  client.Wait();
+  EXPECT_TRUE(write(13));
+  client.Put(Bytes(512), {{46, 1}, {48, 1}, {64, 8}, {68, 8}});
+  EXPECT_FALSE(client.TryRead(kAreaA, 512).ok) << "after the settings";
+  client.Wait();
+  EXPECT_TRUE(client.TryRead(kAreaA, 512).ok);
+  EXPECT_THAT(camera.ProtocolErrors(), testing::SizeIs(3));
+}
+
+TEST(SataWire, AConverterFindsItsSourceBeforeItRuns) {
+  SimConfiguration configuration = FastCamera();
+  configuration.cameras = {{39, 'E'}};
+  const auto host = MakeHost(configuration);
+  SataClient client(*host);
+  const auto runs = [&] { return client.Settings(1, 1, 8, 8) && client.Sector()[46] == 1; };
+  EXPECT_FALSE(runs());
+  host->Sleep(100);
+  EXPECT_TRUE(runs());
+}
+
 TEST(SataWire, RefusesWhatTheProtocolDoesNotHave) {
   using Changes = std::vector<std::pair<std::size_t, int>>;
   const struct {
