@@ -20,7 +20,13 @@ class SimClock {
   std::uint64_t Milliseconds() const { return kind_ == Kind::Virtual ? passed_.load() : NowNs() / 1'000'000; }
 
   void Sleep(std::uint32_t milliseconds) {
-    if (kind_ == Kind::Real) return std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    if (kind_ == Kind::Real) {
+      // Some systems end a sleep early, by up to a tick of theirs.
+      const std::uint64_t start = Milliseconds();
+      for (std::uint64_t passed = 0; passed < milliseconds; passed = Milliseconds() - start)
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds - passed));
+      return;
+    }
     passed_ += milliseconds;
     std::this_thread::yield();  // whoever is polled gets his turn
   }

@@ -21,10 +21,10 @@ int HandlesOf(Family family) {
 std::vector<std::uint32_t> Numbers(OpenedCamera& camera, LONG width, LONG height, int bytesPerSample) {
   std::vector<std::uint32_t> numbers;
   while (numbers.size() < 3) {
-    const bool came = camera.Device().GetData(nullptr, 0) == S_OK;
+    numbers.push_back(0);
+    if (camera.Device().GetData(nullptr, 0) != S_OK) continue;
     const std::uint8_t* raw = camera.Device().GetImage()->GetBuffer();
-    const auto number = ReadFrameNumber(raw, width, height, width * bytesPerSample, bytesPerSample);
-    numbers.push_back(came ? number.value_or(0) : 0);
+    numbers.back() = ReadFrameNumber(raw, width, height, width * bytesPerSample, bytesPerSample).value_or(0);
   }
   return numbers;
 }
