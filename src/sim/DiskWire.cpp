@@ -14,6 +14,7 @@ constexpr std::uint64_t kStatus = 0x20000, kCommand = 0x20200, kImage = 0x20400;
 constexpr std::string_view kSignature = "ORVANE";
 constexpr std::uint8_t kPrepare = 0x10, kWriteRegister = 0x20, kReadRegister = 0x21;
 constexpr int kFirstIdentity = 1000;  // of the camera at drive 0
+constexpr std::uint32_t kPreparingMs = 5;
 
 /// Bytes of a command that may differ from 0, or 0 for an unknown one.
 std::size_t CommandLength(std::uint8_t code) {
@@ -44,7 +45,9 @@ DriverResult DiskWire::ReadAt(std::uint64_t position, std::span<std::uint8_t> ou
 
 DriverResult DiskWire::GiveStatus(std::span<std::uint8_t> out) {
   const std::lock_guard lock(mutex_);
-  if (prepared_ && !ready_) {
+  // Frames begin once the host has set the registers of its capture and asks for nothing but them.
+  const bool asksForFrame = !std::exchange(answering_, false);
+  if (prepared_ && asksForFrame && !preparing_.IsRunning() && !ready_) {
     VirtualCamera::Frame frame;
     const DriverError error = Camera().AwaitFrame(0, &frame);
     if (error == DriverError::NotConnected) return DriverResult::Failed(error);
@@ -92,10 +95,16 @@ DriverResult DiskWire::WriteAt(std::uint64_t position, std::span<const std::uint
 
   const std::lock_guard lock(mutex_);
   if (command == kPrepare) {
+    Camera().ResetExposure();
     Camera().RestartStream();
     prepared_ = true;
+    preparing_.Start(kPreparingMs);
     ready_.reset();
+  } else if (preparing_.IsRunning()) {
+    // The sector itself was written: nothing tells the host.
+    Camera().NoteProtocolError("register access while a capture is prepared");
   } else {
+    answering_ = command == kReadRegister;
     AccessRegister(command, FromBytes16(in[2], in[1]), in[3]);
   }
   return DriverResult::Done(static_cast<std::uint32_t>(in.size()));

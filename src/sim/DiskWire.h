@@ -8,7 +8,8 @@
 namespace zel {
 
 /// The wire of the disk-style USB 3.0 cameras: a physical drive with a status sector, a command sector and an
-/// image area. Takes only what the camera defines; all else fails and is noted as a protocol error.
+/// image area. Takes only what the camera defines; all else fails and is noted as a protocol error. Preparing
+/// a capture resets gain and shutter and takes a while, in which registers are deaf.
 ///
 /// A frame is ready once the sensor has read it out; it can be read once, as a whole: the picture in rows of
 /// the window's width without gaps, zeros up to the end of the last sector.
@@ -41,9 +42,11 @@ class DiskWire : public SectorWire {
 
   std::mutex mutex_;  // guards what follows; not held while a picture is exposed
   bool prepared_ = false;
+  SimTimer preparing_{Clock()};
   std::optional<VirtualCamera::Frame> ready_;
   std::optional<HalfRegister> half_;
   std::uint8_t readBack_ = 0;
+  bool answering_ = false;  // the next status holds the answer of a register read
 };
 
 }  // namespace zel

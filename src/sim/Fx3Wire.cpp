@@ -23,7 +23,7 @@ constexpr std::size_t kHeaderSize = 38, kRequestData = 64;
 constexpr std::uint8_t kImageEndpoint = 0x81;
 constexpr std::uint8_t kDecodedTypeBits = 0xE3;  // recipient, type, direction: all that the firmware looks at
 constexpr std::uint8_t kBulkType = 0x80, kBulkRequest = 0x33;
-constexpr std::size_t kFrameHeaderSize = 64;
+constexpr std::size_t kFrameHeaderSize = 64, kPieceSize = 512 << 10;
 
 constexpr std::uint16_t kFpgaBus = 0x40, kSensorBus = 0xBA, kReadBit = 1;
 
@@ -86,9 +86,9 @@ class Fx3Wire::BulkTransfer : public PendingControl {
   bool counted_ = false;
 };
 
-class Fx3Wire::Handle : public DriverHandle {
+class Fx3Wire::Handle : public SimHandle {
  public:
-  explicit Handle(std::shared_ptr<Fx3Wire> wire) : wire_(std::move(wire)) {}
+  explicit Handle(std::shared_ptr<Fx3Wire> wire) : SimHandle(wire), wire_(std::move(wire)) {}
   ~Handle() override { wire_->Closed(*this); }
 
   DriverResult Control(std::uint32_t code, std::span<const std::uint8_t> in,
@@ -164,9 +164,7 @@ DriverResult Fx3Wire::Control(const Handle& handle, std::uint32_t code, std::spa
       return ChangePipe(code, in, out);
     case kCyclePort:
     case kResetParentPort:
-      if (!in.empty() || !out.empty())
-        return Refuse(DriverError::InvalidParameter, "a port reset carries no data");
-      return DriverResult::Done(0);
+      return ResetPort(in, out);
     case kGetSpeed:
       if (in.size() != 4 || out.size() != 4)
         return Refuse(DriverError::InvalidParameter, "the speed has 4 bytes");
@@ -181,6 +179,16 @@ DriverResult Fx3Wire::Control(const Handle& handle, std::uint32_t code, std::spa
   const std::uint32_t timeout = LoadLittle32(&in[8]);
   return transfer->Wait(timeout) == PendingControl::Waited::Done ? transfer->Finish()
                                                                  : DriverResult::Failed(DriverError::Timeout);
+}
+
+DriverResult Fx3Wire::ResetPort(std::span<const std::uint8_t> in, std::span<const std::uint8_t> out) {
+  if (!in.empty() || !out.empty())
+    return Refuse(DriverError::InvalidParameter, "a port reset carries no data");
+  const std::lock_guard lock(mutex_);
+  link_ = Link::PortReset;
+  stage_ = Stage::Idle;
+  ++aborts_;
+  return DriverResult::Done(0);
 }
 
 DriverResult Fx3Wire::ChangePipe(std::uint32_t code, std::span<const std::uint8_t> in,
@@ -259,8 +267,11 @@ DriverResult Fx3Wire::BusWrite(const Setup& setup, std::span<std::uint8_t> data)
   const std::size_t count = setup.value;
   if (count > data.size() || !AllZero(data.subspan(count)))
     return Refuse(DriverError::GeneralFailure, "bus write of " + std::to_string(count) + " bytes");
-  const bool inReset = fpga_[kReset] != 0 && !(setup.index == kFpgaBus && data[0] == kReset);
-  if (inReset) return Refuse(DriverError::GeneralFailure, "bus write while the camera is held in reset");
+  const bool isReset = setup.index == kFpgaBus && data[0] == kReset;
+  if (!isLoaded_ && !isReset)
+    return Refuse(DriverError::GeneralFailure, "bus write before the FPGA's first reset");
+  if (fpga_[kReset] != 0 && !isReset)
+    return Refuse(DriverError::GeneralFailure, "bus write while the camera is held in reset");
   if (setup.index == kFpgaBus && count == 3 && data[1] == 0) return WriteFpga(data[0], data[2]);
   if (setup.index == kFpgaBus && count == 1) {
     fpgaAddress_ = data[0];
@@ -304,6 +315,7 @@ DriverResult Fx3Wire::ReadInformation(const Setup& setup, std::span<std::uint8_t
 DriverResult Fx3Wire::ResetController(const Setup& setup, std::span<std::uint8_t> data) {
   if (setup.value != 0 || setup.index != 0 || !AllZero(data))
     return Refuse(DriverError::GeneralFailure, "a controller reset carries no data");
+  if (link_ == Link::PortReset) link_ = Link::InStep;
   stage_ = Stage::Idle;
   return DriverResult::Done(0);
 }
@@ -315,6 +327,8 @@ DriverResult Fx3Wire::StartFrame(const Setup& setup, std::span<std::uint8_t> dat
     stage_ = Stage::Idle;
     return Refuse(DriverError::GeneralFailure, "frame start before the last frame was read");
   }
+  if (link_ != Link::InStep)
+    return Refuse(DriverError::GeneralFailure, "frame start while the controller is out of step");
   if (lanesReset_ != kAllLanes)
     return Refuse(DriverError::GeneralFailure, "frame start without a reset of the lanes");
   if (fpga_[kBytesPerSample] != 1 && fpga_[kBytesPerSample] != 2)
@@ -341,6 +355,8 @@ void Fx3Wire::ResetFpga() {
   fpga_.fill(0);
   fpga_[kFocus] = focus;
   lanesReset_ = 0;
+  isLoaded_ = true;
+  link_ = Link::OutOfStep;
   stage_ = Stage::Idle;
   Camera().ResetSensor();
   Camera().RestartStream();
@@ -425,6 +441,8 @@ DriverResult Fx3Wire::GiveImage(std::span<std::uint8_t> data) {
   if (data.size() > image_.size() - sent_)
     return Refuse(DriverError::GeneralFailure,
                   "read of " + std::to_string(data.size()) + " bytes beyond the end of the picture");
+  if (data.size() != std::min(kPieceSize, image_.size() - sent_))
+    return Refuse(DriverError::GeneralFailure, "piece of " + std::to_string(data.size()) + " bytes");
   const std::size_t count = std::min(data.size(), available_ - sent_);
   std::copy_n(image_.begin() + static_cast<std::ptrdiff_t>(sent_), count, data.begin());
   sent_ += count;

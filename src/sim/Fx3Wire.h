@@ -14,8 +14,11 @@ namespace zel {
 
 /// The wire of the USB3T2 cameras: an FX3 controller behind its standard driver. Vendor requests on endpoint
 /// 0 reach the bus with FPGA and sensor and start frames; endpoint 0x81 brings a 64-byte header and the
-/// picture, in as many reads as the host likes. Takes only what driver and camera define; all else fails and
-/// is noted as a protocol error.
+/// picture in pieces of 512 KiB and a rest. Takes only what driver and camera define; all else fails and is
+/// noted as a protocol error.
+///
+/// The FPGA loads its program with its first reset. Each of its resets leaves the controller out of step with
+/// it, until the port was reset and then the controller asked to begin anew.
 ///
 /// The picture has the size that the FPGA was told, which must be that of the sensor's window, in rows
 /// without gaps. A host may have several handles open at a time.
@@ -32,6 +35,7 @@ class Fx3Wire : public SimDevice {
   class Handle;
   class BulkTransfer;
   enum class Stage { Idle, Started, Image };
+  enum class Link { OutOfStep, PortReset, InStep };
 
   struct Setup {
     std::uint8_t type;
@@ -51,6 +55,7 @@ class Fx3Wire : public SimDevice {
                        std::span<std::uint8_t> out);
   DriverResult ControlTransfer(const Handle& handle, std::span<const std::uint8_t> in,
                                std::span<std::uint8_t> out);
+  DriverResult ResetPort(std::span<const std::uint8_t> in, std::span<const std::uint8_t> out);
   DriverResult ChangePipe(std::uint32_t code, std::span<const std::uint8_t> in,
                           std::span<const std::uint8_t> out);
   /// Null with the reason in `error` when the driver does not take the transfer.
@@ -85,6 +90,8 @@ class Fx3Wire : public SimDevice {
   std::uint16_t sensorAddress_ = 0;  // of the next read
   unsigned lanesReset_ = 0;          // one bit each, since the picture's size changed
   unsigned aborts_ = 0;
+  bool isLoaded_ = false;
+  Link link_ = Link::OutOfStep;
   Stage stage_ = Stage::Idle;
   const Handle* streaming_ = nullptr;  // started the frame under way
   std::vector<std::uint8_t> image_;

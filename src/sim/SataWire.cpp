@@ -20,6 +20,7 @@ constexpr std::uint8_t kRunning = 1, kStopped = 2;
 constexpr std::uint8_t kReadyA = 2, kReadyB = 1;
 
 constexpr int kBusyReads = 2;  // how long a register access takes
+constexpr std::uint32_t kSettlingMs = 5, kCarryingMs = 5;
 constexpr std::uint32_t kDriverTimeoutMs = 3000;
 
 // The camera's own mark at the start of the sector: a request has to bring it back.
@@ -115,6 +116,7 @@ void SataWire::FinishRequest() {
     const std::uint32_t high = wide ? sector_[kValueHigh] : 0;
     Camera().WriteRegister(address, FromBytes16(sector_[kValue], sector_[kValue + 1]) | high << 16);
     sector_[kStatus] = kWriteDone;
+    carrying_.Start(kCarryingMs);
   } else {
     const std::uint32_t value = Camera().ReadRegister(address);
     sector_[kReadBack] = ByteOf(value, 0);
@@ -155,6 +157,11 @@ DriverResult SataWire::TakeRequest(const SectorBytes& written) {
   if (changed != written.end())
     return Refuse(DriverError::GeneralFailure,
                   "request changes byte " + std::to_string(changed - written.begin()));
+  if (settling_.IsRunning() || (request == kWriteRequest && carrying_.IsRunning())) {
+    // The sector itself was written: nothing tells the host.
+    Camera().NoteProtocolError("register access before the last change has settled");
+    return DriverResult::Done(kSectorSize);
+  }
   sector_ = written;
   sector_[kStatus] = request == kWriteRequest ? kWriteBusy : kReadBusy;
   busyReads_ = kBusyReads + 1;
@@ -181,13 +188,23 @@ DriverResult SataWire::TakeSettings(const SectorBytes& written) {
   }
   const std::uint8_t runBefore = sector_[kRun];
   if (whole) {
+    if (WindowDiffers(written)) locking_.Start(Camera().Map().lockMs);
     for (const auto& setting : kSettings) sector_[setting.offset] = written[setting.offset];
     sector_[kStatus] = 0;
     TellSensor();
   }
   sector_[kRun] = runBefore;
-  SetRun(written[kRun]);
+  if (written[kRun] == kRunning && locking_.IsRunning()) {
+    Camera().NoteProtocolError("run before the source was found");
+  } else {
+    SetRun(written[kRun]);
+  }
+  settling_.Start(kSettlingMs);
   return DriverResult::Done(kSectorSize);
+}
+
+bool SataWire::WindowDiffers(const SectorBytes& written) const {
+  return !std::equal(&written[kWidth], &written[kTop + 3], &sector_[kWidth]);
 }
 
 void SataWire::TellSensor() {
@@ -232,7 +249,8 @@ DriverResult SataWire::GiveImage(std::size_t area, std::span<std::uint8_t> out) 
   std::size_t pitch = 0;
   {
     const std::lock_guard lock(mutex_);
-    if (!IsRunning()) return Refuse(DriverError::GeneralFailure, "image read while the camera is stopped");
+    if (!IsRunning() || settling_.IsRunning())
+      return Refuse(DriverError::GeneralFailure, "image read while the camera is stopped");
     if (out.empty() || out.size() != RoundUp(FrameBytes(), kSectorSize))
       return Refuse(DriverError::InvalidParameter, "image read of " + std::to_string(out.size()) +
                                                        " bytes from a frame of " +

@@ -5,9 +5,9 @@
 
 namespace zel {
 
-class SectorWire::Handle : public DriverHandle {
+class SectorWire::Handle : public SimHandle {
  public:
-  explicit Handle(std::shared_ptr<SectorWire> wire) : wire_(std::move(wire)) {}
+  explicit Handle(std::shared_ptr<SectorWire> wire) : SimHandle(wire), wire_(std::move(wire)) {}
 
   DriverResult Control(std::uint32_t code, std::span<const std::uint8_t>, std::span<std::uint8_t>) override {
     return wire_->Refuse(DriverError::NotSupported, "control code " + Hex(code) + " to a disk");

@@ -18,6 +18,12 @@ void Sensor::Reset() {
   for (const RegisterValue& reset : map.resetValues) registers_[reset.address] = reset.value;
 }
 
+void Sensor::ResetExposure() {
+  const Sensor fresh(*map_);
+  Store(map_->shutter, fresh.Value(map_->shutter));
+  Store(map_->gain, fresh.Value(map_->gain));
+}
+
 std::uint32_t Sensor::Read(std::uint32_t address) const {
   const auto found = registers_.find(address);
   return found == registers_.end() ? 0 : found->second;
@@ -73,6 +79,7 @@ Readout Sensor::Decode(int clockDivider) const {
     window.fields = value(map.oddFieldFirst) != 0 ? OddFirst : EvenFirst;
   }
   readout.triggered = value(map.trigger) != 0;
+  readout.streams = value(map.standby) == 0 && (map.stream[0].count == 0 || value(map.stream) != 0);
 
   const Sensor fresh(map);
   const double resetGain = map.gainFactor(fresh.Value(map.gain));

@@ -45,6 +45,7 @@ struct Readout {
   double gain = 1;          ///< the gain's part of it
   double frameSeconds = 0;  ///< exposure or read-out, whichever takes longer
   bool triggered = false;   ///< waits for the external trigger
+  bool streams = true;      ///< brings frames at all
 };
 
 /// The registers of a sensor. Not thread-safe.
@@ -53,6 +54,7 @@ class Sensor {
   explicit Sensor(const SensorMap& map) : map_(&map) { Reset(); }
 
   void Reset();
+  void ResetExposure();  ///< shutter and gain alone
   void Write(std::uint32_t address, std::uint32_t value) { registers_[address] = value; }
   std::uint32_t Read(std::uint32_t address) const;
 

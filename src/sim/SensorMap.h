@@ -70,6 +70,7 @@ struct SensorMap {
   RegisterField columns, rows;  ///< size of the picture; the register holds so many fewer
   int columnsBias = 0, rowsBias = 0;
   RegisterField mirrorX{}, mirrorY{}, trigger{};
+  RegisterField stream{}, standby{};            ///< where the sensor has to be told to send frames
   RegisterField halfClock{};                    ///< where the sensor divides its clock itself
   std::span<const SkipRule> skips{};            ///< the first that applies; none: every pixel
   RegisterField binX{}, binY{};                 ///< pairs of columns, of lines are summed
@@ -95,6 +96,7 @@ struct SensorMap {
 
   std::uint16_t modelCode = 0;  ///< in the status sector of a disk-style camera
   VolumeSectors volume{};
+  std::uint32_t lockMs = 0;  ///< until a converter has found its source again after a change of the window
 
   double fullWell = 20000;  ///< electrons at full scale and reset gain: sets the photon noise
   double readNoise = 12;    ///< electrons

@@ -3,10 +3,13 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "sim/SimClock.h"
 
 /// What the user asks of the simulated cameras, read from text.
 namespace zel {
@@ -51,6 +54,8 @@ struct SimConfiguration {
   std::vector<SimFocus> focus;            ///< the scene's ways, by rising frames; empty: it keeps its place
   double noise = 1;                       ///< multiplies the sensor's noise; 0: none
   std::uint64_t seed = 1;                 ///< of the noise: the same seed gives the same frames
+  /// By which controllers are busy; frames keep the real time.
+  std::shared_ptr<SimClock> clock = std::make_shared<SimClock>(SimClock::Kind::Real);
 };
 
 /// Reads "TYPE[@INDEX],...", as `ZELCAM_SIM` holds it: types that are simulated, no camera twice; without an

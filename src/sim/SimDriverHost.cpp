@@ -1,11 +1,9 @@
 #include "sim/SimDriverHost.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <thread>
 
 #include "imaging/PictureReader.h"
 #include "platform/Text.h"
@@ -68,7 +66,7 @@ std::unique_ptr<SimDriverHost> SimDriverHost::Create(const SimConfiguration& con
                                              : MakePhotoScene(picture, map.width, map.height);
     devices.push_back(MakeWire(address, map, std::move(scene), configuration));
   }
-  return std::make_unique<SimDriverHost>(std::move(devices));
+  return std::make_unique<SimDriverHost>(std::move(devices), configuration.clock);
 }
 
 SimDriverHost::~SimDriverHost() {
@@ -96,12 +94,11 @@ std::optional<std::u16string> SimDriverHost::InterfacePath(const GUID& interface
 }
 
 void SimDriverHost::Sleep(std::uint32_t milliseconds) {
-  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  clock_->Sleep(milliseconds);
 }
 
 std::uint64_t SimDriverHost::Milliseconds() {
-  const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+  return clock_->Milliseconds();
 }
 
 void SimDriverHost::ShowMessage(std::u16string_view text) {
@@ -111,6 +108,11 @@ void SimDriverHost::ShowMessage(std::u16string_view text) {
 VirtualCamera* SimDriverHost::Camera(SimCameraAddress address) {
   const auto found = std::ranges::find(devices_, address, &SimDevice::Address);
   return found == devices_.end() ? nullptr : &(*found)->Camera();
+}
+
+int SimDriverHost::Handles(SimCameraAddress address) const {
+  const auto found = std::ranges::find(devices_, address, &SimDevice::Address);
+  return found == devices_.end() ? 0 : (*found)->Handles();
 }
 
 }  // namespace zel

@@ -18,7 +18,9 @@ class SimDriverHost : public DriverHost {
   /// simulated or the scene can't be read.
   static std::unique_ptr<SimDriverHost> Create(const SimConfiguration& configuration, std::string* error);
 
-  explicit SimDriverHost(std::vector<std::shared_ptr<SimDevice>> devices) : devices_(std::move(devices)) {}
+  explicit SimDriverHost(std::vector<std::shared_ptr<SimDevice>> devices,
+                         std::shared_ptr<SimClock> clock = SimConfiguration().clock)
+      : devices_(std::move(devices)), clock_(std::move(clock)) {}
   ~SimDriverHost() override;
 
   std::unique_ptr<DriverHandle> Open(const OpenRequest& request, DriverError* error) override;
@@ -29,9 +31,12 @@ class SimDriverHost : public DriverHost {
 
   /// The camera at an address, for tests to look behind the wire; null when there is none.
   VirtualCamera* Camera(SimCameraAddress address);
+  /// How many handles of it are open.
+  int Handles(SimCameraAddress address) const;
 
  private:
   const std::vector<std::shared_ptr<SimDevice>> devices_;
+  const std::shared_ptr<SimClock> clock_;
 };
 
 }  // namespace zel

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "common/BytePacking.h"
 #include "platform/Text.h"
@@ -14,9 +15,13 @@ constexpr std::uint32_t kSendLarge = 0x2220A9, kReceiveLarge = 0x2220A6;
 constexpr std::uint32_t kDriverSetting = 0x2220A0, kPipeReset = 0x22203D;
 
 constexpr std::uint32_t kCommandPipe = 0, kReplyPipe = 1, kImagePipe = 2;
-constexpr std::uint8_t kFrameStart = 0x02;
+constexpr std::uint8_t kFrameStart = 0x02, kReset = 0x06;
 constexpr std::size_t kSettingsSize = 44, kMaxBlock = 60;
 constexpr std::uint32_t kMaxTransferSize = 1u << 27;  // pixels; beyond any sensor
+constexpr std::size_t kMaxReplies = 16;               // a host that reads none must not fill the memory
+
+// Half of what drivers are to wait: they must not depend on their system's clock being finer than this.
+constexpr std::uint32_t kRomByteMs = 5, kInputsMs = 15;
 
 std::string Hex(std::uint32_t value) {
   char text[16];
@@ -26,9 +31,9 @@ std::string Hex(std::uint32_t value) {
 
 }  // namespace
 
-class UsbWire::Handle : public DriverHandle {
+class UsbWire::Handle : public SimHandle {
  public:
-  explicit Handle(std::shared_ptr<UsbWire> wire) : wire_(std::move(wire)) {}
+  explicit Handle(std::shared_ptr<UsbWire> wire) : SimHandle(wire), wire_(std::move(wire)) {}
 
   DriverResult Control(std::uint32_t code, std::span<const std::uint8_t> in,
                        std::span<std::uint8_t> out) override {
@@ -108,7 +113,7 @@ DriverResult UsbWire::Control(std::uint32_t code, std::span<const std::uint8_t> 
   if (pipe == kCommandPipe && code == kSend) return TakeCommand(out);
   if (pipe == kCommandPipe && code == kReceive) return StartFrame(out);
   if (pipe == kReplyPipe && !send) return GiveReply(out);
-  if (pipe == kImagePipe && send) return GiveImage(out);
+  if (pipe == kImagePipe && send) return GiveImage(out, code == kSendLarge);
   return Refuse(DriverError::InvalidParameter,
                 "control code " + Hex(code) + " on pipe " + std::to_string(pipe));
 }
@@ -141,6 +146,8 @@ DriverResult UsbWire::TakeCommand(std::span<const std::uint8_t> data) {
                   [](std::uint8_t byte) { return byte != 0; }))
     return Refuse(DriverError::GeneralFailure, "command " + Hex(packet[0]) + " is not zero after its data");
   const std::lock_guard lock(mutex_);
+  if (!isAwake_ && packet[0] != kReset)
+    return Refuse(DriverError::GeneralFailure, "command " + Hex(packet[0]) + " to a camera that sleeps");
   return (this->*std::ranges::find(kCommands, packet[0], &Command::code)->run)(packet);
 }
 
@@ -156,6 +163,7 @@ DriverResult UsbWire::StartFrame(std::span<const std::uint8_t> data) {
     return Refuse(DriverError::InvalidParameter,
                   "the receive code brings pipe 0 something other than a frame start");
   const std::lock_guard lock(mutex_);
+  if (!isAwake_) return Refuse(DriverError::GeneralFailure, "frame start to a camera that sleeps");
   frameStarted_ = true;
   return Accept();
 }
@@ -164,14 +172,16 @@ DriverResult UsbWire::GiveReply(std::span<std::uint8_t> data) {
   if (data.size() != sizeof(Packet))
     return Refuse(DriverError::InvalidParameter, "reply of " + std::to_string(data.size()) + " bytes");
   const std::lock_guard lock(mutex_);
-  if (unreadReplies_ == 0) return Refuse(DriverError::GeneralFailure, "reply read without a request");
-  // The endpoint is buffered twice: what the host reads first was filled before the request.
-  --unreadReplies_;
-  std::ranges::copy(unreadReplies_ == 0 ? reply_ : staleReply_, data.begin());
+  if (replies_.empty()) return Refuse(DriverError::GeneralFailure, "reply read without a request");
+  const QueuedReply& reply = replies_.front();
+  const bool early = reply.settling.IsRunning();
+  if (early) Camera().NoteProtocolError("reply read before it was there");
+  std::ranges::copy(early ? reply.unsettled : reply.packet, data.begin());
+  replies_.pop_front();
   return Accept();
 }
 
-DriverResult UsbWire::GiveImage(std::span<std::uint8_t> data) {
+DriverResult UsbWire::GiveImage(std::span<std::uint8_t> data, bool large) {
   std::uint32_t timeout = 0;
   int bytesPerSample = 1;
   {
@@ -182,6 +192,7 @@ DriverResult UsbWire::GiveImage(std::span<std::uint8_t> data) {
                                                        " bytes with a transfer size of " +
                                                        std::to_string(transferSize_));
     if (!frameStarted_) return Refuse(DriverError::GeneralFailure, "frame read without a frame start");
+    if (const char* problem = ImageProblem(large)) return Refuse(DriverError::GeneralFailure, problem);
     frameStarted_ = false;
     timeout = timeout_;
     bytesPerSample = bytesPerSample_;
@@ -194,11 +205,21 @@ DriverResult UsbWire::GiveImage(std::span<std::uint8_t> data) {
   return DriverResult::Done(static_cast<std::uint32_t>(cut ? data.size() / 2 : data.size()));
 }
 
-DriverResult UsbWire::Reply(const Packet& reply) {
-  staleReply_ = reply_;
-  reply_ = reply;
-  unreadReplies_ = 2;
+DriverResult UsbWire::Reply(const Packet& reply, const Packet& unsettled, std::uint32_t settleMs) {
+  if (!replies_.empty()) Camera().NoteProtocolError("query while a reply is unread");
+  if (replies_.size() >= kMaxReplies)
+    return Refuse(DriverError::GeneralFailure, "query that nobody reads the replies of");
+  // The endpoint is buffered twice: what the host reads first was filled before the request.
+  replies_.push_back({lastReply_, lastReply_, SimTimer(Clock())});
+  replies_.push_back({reply, unsettled, SimTimer(Clock())});
+  replies_.back().settling.Start(settleMs);
+  lastReply_ = reply;
   return Accept();
+}
+
+void UsbWire::OnIdle() {
+  const std::lock_guard lock(mutex_);
+  if (Handles() == 0) isAwake_ = false;
 }
 
 std::uint32_t UsbWire::RegisterAddress(const Packet& packet) const {
@@ -233,7 +254,8 @@ DriverResult UsbWire::ResetCamera(const Packet&) {
   transferSize_ = 0;
   bytesPerSample_ = 1;
   frameStarted_ = false;
-  unreadReplies_ = 0;
+  isAwake_ = true;
+  replies_.clear();
   outputs_ = 0;
   ResetController();
   return Accept();
@@ -263,13 +285,34 @@ DriverResult UsbWire::SetTransferMode(const Packet& packet) {
   return Accept();
 }
 
-DriverResult UsbWire::WriteRom(const Packet& packet) {
-  rom_[packet[1]] = packet[2];
+void UsbWire::FinishRomByte() {
+  if (romByte_.cell == nullptr || romProgramming_.IsRunning()) return;
+  *std::exchange(romByte_.cell, nullptr) = romByte_.value;
+}
+
+DriverResult UsbWire::ProgramRom(std::uint8_t* cell, std::uint8_t value) {
+  FinishRomByte();
+  if (romByte_.cell != nullptr) {
+    // The command itself has arrived: nothing tells the host.
+    Camera().NoteProtocolError("serial-ROM write while another byte is programmed");
+    return Accept();
+  }
+  romByte_ = {cell, value};
+  romProgramming_.Start(kRomByteMs);
   return Accept();
 }
 
+std::uint8_t UsbWire::RomByte(const std::uint8_t& cell) {
+  FinishRomByte();
+  return cell;
+}
+
+DriverResult UsbWire::WriteRom(const Packet& packet) {
+  return ProgramRom(&rom_[packet[1]], packet[2]);
+}
+
 DriverResult UsbWire::ReadRom(const Packet& packet) {
-  return Reply({rom_[packet[1]]});
+  return Reply({RomByte(rom_[packet[1]])});
 }
 
 DriverResult UsbWire::SetHalfClock(const Packet& packet) {
@@ -310,7 +353,8 @@ DriverResult UsbWire::SetOutputs(const Packet& packet) {
 
 DriverResult UsbWire::ReadInputs(const Packet&) {
   // The plug in the simulated socket connects the two outputs to the two inputs, bits 3 and 4.
-  return Reply({static_cast<std::uint8_t>(outputs_ >> 2)});
+  const Packet before = std::exchange(inputs_, Packet{static_cast<std::uint8_t>(outputs_ >> 2)});
+  return Reply(inputs_, before, kInputsMs);
 }
 
 }  // namespace zel

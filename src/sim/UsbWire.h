@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -14,6 +15,10 @@ namespace zel {
 /// The wire of the USB 2.0 cameras: 64-byte command packets to pipe 0, 64-byte replies from pipe 1, images
 /// from pipe 2, each transfer one driver control call. Takes only what the camera and its driver define; all
 /// else fails and is noted as a protocol error.
+///
+/// The camera sleeps until its first reset, and again once its last handle is closed: the driver suspends it.
+/// A byte of the serial ROM takes a while to be programmed, the port's inputs to be sampled; replies wait in
+/// their endpoint until they are read.
 ///
 /// An image transfer starts with the picture, rows of the window's width without gaps, and is zero after it.
 class UsbWire : public SimDevice {
@@ -36,17 +41,35 @@ class UsbWire : public SimDevice {
   virtual DriverResult WriteFpga(const Packet& packet);
   virtual DriverResult ReadFpga(const Packet& packet);
   virtual void ResetController();
+  /// What keeps an image from being read with a control code, or nothing.
+  virtual const char* ImageProblem(bool /*large*/) const { return nullptr; }
 
   DriverResult Accept() const { return DriverResult::Done(sizeof(Packet)); }
-  DriverResult Reply(const Packet& reply);
+  /// Before `settleMs` are over, the host gets what it got from the last such query.
+  DriverResult Reply(const Packet& reply, const Packet& unsettled, std::uint32_t settleMs);
+  DriverResult Reply(const Packet& reply) { return Reply(reply, reply, 0); }
+  /// Programs a byte of the ROM, if it is ready for one.
+  DriverResult ProgramRom(std::uint8_t* cell, std::uint8_t value);
+  /// What a byte of the ROM holds now.
+  std::uint8_t RomByte(const std::uint8_t& cell);
   DriverResult Refuse(DriverError error, const std::string& what);
   /// False for a size that no sensor needs.
   bool TakeTransferSize(std::uint32_t pixels);
   void TakeBytesPerSample(int bytes) { bytesPerSample_ = bytes; }
 
+  void OnIdle() override;
+
  private:
   class Handle;
 
+  struct QueuedReply {
+    Packet packet, unsettled;
+    SimTimer settling;
+  };
+  struct RomByteUnderWay {
+    std::uint8_t* cell = nullptr;
+    std::uint8_t value = 0;
+  };
   struct Command {
     std::uint8_t code;
     std::size_t length;  // bytes that may differ from 0
@@ -60,7 +83,8 @@ class UsbWire : public SimDevice {
   DriverResult TakeCommand(std::span<const std::uint8_t> data);
   DriverResult StartFrame(std::span<const std::uint8_t> data);
   DriverResult GiveReply(std::span<std::uint8_t> data);
-  DriverResult GiveImage(std::span<std::uint8_t> data);
+  DriverResult GiveImage(std::span<std::uint8_t> data, bool large);
+  void FinishRomByte();
 
   DriverResult WriteRegister(const Packet& packet);
   DriverResult ReadRegister(const Packet& packet);
@@ -77,10 +101,14 @@ class UsbWire : public SimDevice {
   std::uint32_t timeout_ = 3000;    // ms
   std::uint32_t transferSize_ = 0;  // pixels; 0: not set since the reset
   int bytesPerSample_ = 1;
+  bool isAwake_ = false;
   bool frameStarted_ = false;
-  int unreadReplies_ = 0;  // the second one of a pair is the current one
-  Packet staleReply_{}, reply_{};
+  std::deque<QueuedReply> replies_;  // not read yet
+  Packet lastReply_{};
+  Packet inputs_{};  // as the last query of the port found them
   std::array<std::uint8_t, 256> rom_ = BlankRom();
+  RomByteUnderWay romByte_;
+  SimTimer romProgramming_{Clock()};
   std::array<std::uint16_t, 256> fpga_{};
   std::uint8_t outputs_ = 0;  // as command 0x28 carries them
 

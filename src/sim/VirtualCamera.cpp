@@ -51,6 +51,13 @@ void VirtualCamera::ResetSensor() {
   changed_.notify_all();
 }
 
+void VirtualCamera::ResetExposure() {
+  const std::lock_guard lock(mutex_);
+  sensor_.ResetExposure();
+  ++settings_;
+  changed_.notify_all();
+}
+
 void VirtualCamera::SetHalfClock(bool on) {
   const std::lock_guard lock(mutex_);
   halfClock_ = on;
@@ -97,6 +104,7 @@ VirtualCamera::Clock::duration VirtualCamera::FramePeriod(const Readout& readout
 VirtualCamera::Clock::time_point VirtualCamera::ReadyTime(const Readout& readout,
                                                           Clock::time_point requested) const {
   const Clock::duration period = FramePeriod(readout);
+  if (!readout.streams) return Clock::time_point::max();
   if (!readout.triggered) {
     const Clock::time_point next = lastReady_ + period;
     return std::max(next + kPatience < requested ? requested : next, stalledUntil_);

@@ -36,6 +36,7 @@ class VirtualCamera {
   void WriteRegister(std::uint32_t address, std::uint32_t value);
   std::uint32_t ReadRegister(std::uint32_t address) const;
   void ResetSensor();
+  void ResetExposure();  ///< shutter and gain alone
   void SetHalfClock(bool on);
   bool HalfClock() const;
   /// Drives the lens of a camera that has one to a position, 0..255; without one everything is sharp.

@@ -34,20 +34,18 @@ std::optional<std::size_t> WomWire::CommandLength(std::uint8_t code) const {
 
 DriverResult WomWire::SetTransferMode(const Packet& packet) {
   if (packet[1] > 1) return Refuse(DriverError::GeneralFailure, "transfer mode beyond 1");
+  passesSamples_ = packet[1] == 1;
   return Accept();  // the FPGA decides about the sample size
 }
 
 DriverResult WomWire::WriteRom(const Packet& packet) {
-  if (packet[1] == kHighRomPage) {
-    highRom_[packet[2]] = packet[3];
-    return Accept();
-  }
+  if (packet[1] == kHighRomPage) return ProgramRom(&highRom_[packet[2]], packet[3]);
   if (packet[3] != 0) return Refuse(DriverError::GeneralFailure, "serial-ROM write outside the ROM");
   return UsbWire::WriteRom(packet);
 }
 
 DriverResult WomWire::ReadRom(const Packet& packet) {
-  if (packet[1] == kHighRomPage) return Reply({highRom_[packet[2]]});
+  if (packet[1] == kHighRomPage) return Reply({RomByte(highRom_[packet[2]])});
   if (packet[2] != 0) return Refuse(DriverError::GeneralFailure, "serial-ROM read outside the ROM");
   return UsbWire::ReadRom(packet);
 }
@@ -74,7 +72,13 @@ DriverResult WomWire::ReadFpga(const Packet& packet) {
 
 void WomWire::ResetController() {
   fpga_.fill(0);
+  passesSamples_ = false;
   Camera().SetHalfClock(false);
+}
+
+const char* WomWire::ImageProblem(bool large) const {
+  if (!large) return "image read by plain transfers";
+  return passesSamples_ ? nullptr : "image read from a controller that does not pass samples on";
 }
 
 }  // namespace zel

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <numeric>
 
+#include "TemporaryFolder.h"
 #include "api/FakeCamera.h"
 #include "api/VariantPixels.h"
 #include "imaging/COrvaneImageImpl32.h"
@@ -34,10 +35,9 @@ class SaveImage : public testing::Test {
     SysFreeString(name);
     return result;
   }
-  void TearDown() override { std::filesystem::remove(path_); }
-
   ComPtr<CZELCamera> camera_ = NewObject<CZELCamera>();
-  std::filesystem::path path_ = std::filesystem::temp_directory_path() / "zel-save-image-test.bmp";
+  test::TemporaryFolder folder_;
+  std::filesystem::path path_ = folder_.Path() / "picture.bmp";
 };
 
 TEST_F(SaveImage, NeedsAllBytesOfThePicture) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "TemporaryFolder.h"
 #include "imaging/COrvaneImageImpl24.h"
 #include "imaging/COrvaneImageImpl32.h"
 #include "imaging/GuardedBytes.h"
@@ -24,15 +25,6 @@ using Bytes = std::vector<std::uint8_t>;
 
 class ImageFile : public testing::Test {
  protected:
-  ImageFile() {
-    folder_ = fs::temp_directory_path() / ("zel-image-file-" + std::to_string(std::random_device{}()));
-    fs::create_directories(folder_);
-  }
-  ~ImageFile() override {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-  }
-
   fs::path In(const char* name) const { return folder_ / name; }
   static std::basic_string<OLECHAR> Wide(const fs::path& path) {
     const std::u16string text = path.u16string();
@@ -70,7 +62,8 @@ class ImageFile : public testing::Test {
     return bytes;
   }
 
-  fs::path folder_;
+  const test::TemporaryFolder own_;
+  const fs::path folder_ = own_.Path();
 };
 
 TEST_F(ImageFile, Bitmap24) {

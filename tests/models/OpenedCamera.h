@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
 #include <functional>
 #include <map>
@@ -30,16 +31,20 @@ class RegisterLog : public PassingDriverHost {
                   access == RegisterAccess::Read ? "read" : "write", address, value);
     log_ += text;
   }
-  void Sleep(std::uint32_t milliseconds) override { slept_ += milliseconds; }
+  void Sleep(std::uint32_t milliseconds) override {
+    slept_ += milliseconds;
+    PassingDriverHost::Sleep(milliseconds);
+  }
   std::string Take() { return std::exchange(log_, {}); }
   std::uint32_t Slept() const { return slept_; }
 
  private:
-  std::uint32_t slept_ = 0;
+  std::atomic<std::uint32_t> slept_ = 0;
   std::string log_;
 };
 
-/// A simulated camera of a type, opened.
+/// A simulated camera of a type, opened; its controller waits in virtual time. At its end nothing of it may
+/// be open.
 class OpenedCamera {
  public:
   /// At 0 frames per second a frame comes whenever it is read.
@@ -50,6 +55,7 @@ class OpenedCamera {
     address_ = {static_cast<int>(type), index};
     computer.cameras = {address_};
     computer.framesPerSecond = framesPerSecond;
+    computer.clock = std::make_shared<SimClock>(SimClock::Kind::Virtual);
     std::string error;
     sim_ = SimDriverHost::Create(computer, &error);
     EXPECT_NE(sim_, nullptr) << error;
@@ -65,6 +71,10 @@ class OpenedCamera {
     camera_.reset(CreateDeviceForType(static_cast<std::uint32_t>(address_.type)));
     EXPECT_EQ(camera_->OpenCamera(address_.index), 1);
     log_->Take();
+  }
+  ~OpenedCamera() {
+    camera_.reset();
+    EXPECT_EQ(sim_->Handles(address_), 0);
   }
 
   /// Without workers: frames come when they are read.
@@ -83,13 +93,14 @@ class OpenedCamera {
 
   CZELDeviceImpl& Device() { return dynamic_cast<CZELDeviceImpl&>(*camera_); }
   CZELDevicePropertyImpl& Property() { return Device().PropertyStore(); }
-  void Unplug() { sim_->Camera(address_)->Unplug(); }
+  VirtualCamera& Sensor() { return *sim_->Camera(address_); }
+  void Unplug() { Sensor().Unplug(); }
   std::string TakeLog() { return log_->Take(); }
   std::uint32_t SleptMs() const { return log_->Slept(); }
   /// What sensor and controller hold beside zeros; the controller's registers are those from `kFpga` on.
   std::map<std::uint32_t, std::uint32_t> Registers() {
     std::map<std::uint32_t, std::uint32_t> registers;
-    const VirtualCamera& sensor = *sim_->Camera(address_);
+    const VirtualCamera& sensor = Sensor();
     for (std::uint32_t address = 0; address < kFpga; ++address) {
       if (const std::uint32_t value = sensor.ReadRegister(address); value != 0) registers[address] = value;
     }
@@ -102,7 +113,8 @@ class OpenedCamera {
     return registers;
   }
   static constexpr std::uint32_t kFpga = 0x10000;
-  std::vector<std::string> ProtocolErrors() { return sim_->Camera(address_)->ProtocolErrors(); }
+  int Handles() const { return sim_->Handles(address_); }
+  std::vector<std::string> ProtocolErrors() { return Sensor().ProtocolErrors(); }
 
  private:
   SimCameraAddress address_;

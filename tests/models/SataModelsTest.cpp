@@ -4,6 +4,7 @@
 #include <fstream>
 #include <vector>
 
+#include "TemporaryFolder.h"
 #include "device/CZELDeviceImpl.h"
 #include "imaging/COrvaneImage.h"
 #include "models/Factory.h"
@@ -193,13 +194,14 @@ std::string LogText() {
 }
 
 TEST(SataModels, TheLoggingConverterNeedsNoLog) {
-  const fs::path folder = fs::temp_directory_path() / "zelcam-log-test";
-  fs::create_directories(folder);
-  SetEnvironment("TMPDIR", folder.string());
+  const test::TemporaryFolder folder;
+  SetEnvironment("TMPDIR", folder.Path().string());
+  // Where another variable names the folder.
   fs::remove_all(CaptureLogPath());
 
   const auto capture = [] {
     SataCamera camera(39);
+    camera.Property().SetTimeout(600'000);
     camera.Device().SetBufferSamples(kDeliverQueue);
     EXPECT_EQ(camera.Device().Play(), 1);
     std::vector<std::uint8_t> picture(1280 * 1024);
@@ -223,7 +225,6 @@ TEST(SataModels, TheLoggingConverterNeedsNoLog) {
   capture();
   EXPECT_TRUE(fs::is_empty(CaptureLogPath()));
   fs::remove_all(CaptureLogPath());
-  fs::remove_all(folder);
 }
 
 }  // namespace

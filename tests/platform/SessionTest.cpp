@@ -5,6 +5,7 @@
 #include <functional>
 #include <numeric>
 
+#include "TemporaryFolder.h"
 #include "platform/FakeHost.h"
 #include "platform/RecordingDriverHost.h"
 #include "platform/ReplayDriverHost.h"
@@ -25,16 +26,11 @@ const OpenRequest kCamera{.path = u"\\\\.\\Cam-0", .access = kAccessWrite, .shar
 class Sessions : public testing::Test {
  protected:
   void SetUp() override {
-    path_ =
-        fs::temp_directory_path() /
-        ("zel-" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + ".zelsession");
-    fs::remove(path_);
     // Every buffer gets other bytes.
     camera_.fill = [n = std::make_shared<std::uint8_t>()](FakeHost::Out out) {
       for (std::uint8_t& byte : out) byte = ++*n;
     };
   }
-  void TearDown() override { fs::remove(path_); }
 
   void Record(const std::function<void(DriverHost&)>& play) {
     RecordingDriverHost recorder(camera_, path_);
@@ -64,7 +60,8 @@ class Sessions : public testing::Test {
 
   using FakeHost = test::FakeHost;
   FakeHost camera_;
-  fs::path path_;
+  const test::TemporaryFolder folder_;
+  const fs::path path_ = folder_.Path() / "session.zel";
 };
 
 /// Makes calls of every kind and writes down all that comes of them.

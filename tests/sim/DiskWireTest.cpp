@@ -92,9 +92,11 @@ TEST(DiskWire, AFrameIsReadyOnceAndReadAsAWhole) {
   EXPECT_EQ(client.Status()[256], 0) << "before the capture was prepared";
   client.WriteRegister(0x2014, 30);
   client.WriteRegister(0x2016, 20);
-  client.WriteRegister(0x05, 1023);
   client.Command({0x10});
   EXPECT_FALSE(client.TryRead(kImage, 1024).ok) << "before it was seen ready";
+  EXPECT_EQ(client.Status()[256], 0) << "while it is prepared";
+  host->Sleep(8);
+  client.WriteRegister(0x05, 1023);
   EXPECT_EQ(client.Status()[256], 1);
   EXPECT_EQ(client.Status()[256], 1);
   EXPECT_FALSE(client.TryRead(kImage, 512).ok);
@@ -107,6 +109,23 @@ TEST(DiskWire, AFrameIsReadyOnceAndReadAsAWhole) {
   EXPECT_FALSE(client.TryRead(kImage, 1024).ok) << "preparing forgets the frame";
 }
 
+TEST(DiskWire, PreparingResetsTheExposureAndIsDeafForAWhile) {
+  const auto host = MakeHost(DiskCamera());
+  DiskClient client(*host);
+  const VirtualCamera& camera = *host->Camera({78, 2});
+  client.WriteRegister(0x2004, 500);
+  client.WriteRegister(0x05, 600);
+  client.Command({0x10});
+  EXPECT_EQ(camera.ReadRegister(0x2004), 2u);
+  EXPECT_EQ(camera.ReadRegister(0x05), 100u);
+  for (const std::uint32_t waited : {0, 8}) {
+    host->Sleep(waited);
+    client.WriteRegister(0x05, 700);
+    EXPECT_EQ(camera.ReadRegister(0x05), waited != 0 ? 700u : 100u);
+  }
+  EXPECT_THAT(camera.ProtocolErrors(), testing::SizeIs(2)) << "a byte each";
+}
+
 TEST(DiskWire, FaultsReachTheHost) {
   using Kind = SimFault::Kind;
   const auto host = MakeHost(DiskCamera({{Kind::Short, 1}, {Kind::Unplug, 2}}));
@@ -114,6 +133,7 @@ TEST(DiskWire, FaultsReachTheHost) {
   client.WriteRegister(0x2014, 32);
   client.WriteRegister(0x2016, 32);
   client.Command({0x10});
+  host->Sleep(8);
   client.Status();
   const DriverResult cut = client.TryRead(kImage, 1024);
   EXPECT_TRUE(cut.ok);

@@ -22,7 +22,7 @@ SimConfiguration SataCamera(std::vector<SimFault> faults = {}) {
 
 class SataClient : public SectorClient {
  public:
-  explicit SataClient(SimDriverHost& host) : SectorClient(host, u"\\\\.\\E:") {}
+  explicit SataClient(SimDriverHost& host) : SectorClient(host, u"\\\\.\\E:"), host_(host) {}
 
   Bytes Sector() { return Read(kCommand, 512); }
   /// Writes the sector back with some bytes changed.
@@ -31,14 +31,21 @@ class SataClient : public SectorClient {
     for (const auto& [offset, byte] : bytes) sector[offset] = static_cast<std::uint8_t>(byte);
     return Write(kCommand, sector);
   }
+  void Wait() { host_.Sleep(8); }
   /// Aligned width and height, both below 256.
   bool Settings(int run, int oneByte, int width, int height) {
-    return Put(Bytes(512), {{46, run}, {48, oneByte}, {64, width}, {68, height}, {96, 1}});
+    const bool taken = Put(Bytes(512), {{46, run}, {48, oneByte}, {64, width}, {68, height}, {96, 1}});
+    Wait();
+    return taken;
   }
   void WriteRegister(int address, int value) {
     EXPECT_TRUE(Change({{34, 1}, {36, address}, {37, 0}, {38, value & 0xFF}, {39, value >> 8}}));
     for (int n = 0; n < 3; ++n) Sector();
+    Wait();
   }
+
+ private:
+  SimDriverHost& host_;
 };
 
 TEST(SataWire, RegisterAccessTakesItsTime) {
@@ -57,6 +64,40 @@ TEST(SataWire, RegisterAccessTakesItsTime) {
   EXPECT_EQ(read[42], 8);
   EXPECT_EQ(Bytes(read.begin() + 40, read.begin() + 42), (Bytes{0x34, 0x12}));
   EXPECT_THAT(host->Camera({1, 'E'})->ProtocolErrors(), IsEmpty());
+}
+
+TEST(SataWire, RequestsAreLostUntilTheLastChangeHasSettled) {
+  const auto host = MakeHost(SataCamera());
+  SataClient client(*host);
+  const VirtualCamera& camera = *host->Camera({1, 'E'});
+  const auto write = [&](int value) {
+    EXPECT_TRUE(client.Change({{34, 1}, {36, 0x09}, {38, value}, {39, 0}}));
+    for (int n = 0; n < 3; ++n) client.Sector();
+    return camera.ReadRegister(0x09) == static_cast<std::uint32_t>(value);
+  };
+  const auto stop = [&] { return client.Change({{46, 2}}); };
+  EXPECT_TRUE(stop() && !write(10)) << "after a stop";
+  client.Wait();
+  EXPECT_TRUE(write(11));
+  EXPECT_FALSE(write(12)) << "after a write";
+  client.Wait();
+  EXPECT_TRUE(write(13));
+  client.Put(Bytes(512), {{46, 1}, {48, 1}, {64, 8}, {68, 8}});
+  EXPECT_FALSE(client.TryRead(kAreaA, 512).ok) << "after the settings";
+  client.Wait();
+  EXPECT_TRUE(client.TryRead(kAreaA, 512).ok);
+  EXPECT_THAT(camera.ProtocolErrors(), testing::SizeIs(3));
+}
+
+TEST(SataWire, AConverterFindsItsSourceBeforeItRuns) {
+  SimConfiguration configuration = FastCamera();
+  configuration.cameras = {{39, 'E'}};
+  const auto host = MakeHost(configuration);
+  SataClient client(*host);
+  const auto runs = [&] { return client.Settings(1, 1, 8, 8) && client.Sector()[46] == 1; };
+  EXPECT_FALSE(runs());
+  host->Sleep(100);
+  EXPECT_TRUE(runs());
 }
 
 TEST(SataWire, RefusesWhatTheProtocolDoesNotHave) {

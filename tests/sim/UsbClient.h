@@ -20,7 +20,9 @@ class UsbClient {
     OpenRequest request{u"\\\\.\\ZelUsbBD-", kAccessWrite, kShareWrite, 0};
     request.path += static_cast<char16_t>(u'0' + index);
     DriverError error{};
+    const bool sleeps = host.Handles({13, index}) == 0;
     handle_ = host.Open(request, &error);
+    if (sleeps) Command({0x06});
   }
 
   DriverHandle& Handle() { return *handle_; }
@@ -90,11 +92,13 @@ class UsbClient {
   std::unique_ptr<DriverHandle> handle_;
 };
 
-/// A host with one type-13 camera that gives frames as fast as they are read.
+/// A host with one type-13 camera that gives frames as fast as they are read; its controller waits in virtual
+/// time.
 inline SimConfiguration FastCamera(std::vector<SimFault> faults = {}) {
   SimConfiguration configuration;
   configuration.cameras = {{13, 0}};
   configuration.framesPerSecond = 0;
+  configuration.clock = std::make_shared<SimClock>(SimClock::Kind::Virtual);
   configuration.faults = std::move(faults);
   return configuration;
 }

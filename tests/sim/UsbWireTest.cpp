@@ -44,10 +44,12 @@ TEST(UsbWire, AnswersRequestsWithTheSecondReply) {
     const auto host = MakeHost(FastCamera());
     UsbClient client(*host);
     for (const Bytes& packet : c.before) EXPECT_TRUE(client.Command(packet)) << c.what;
+    host->Sleep(10);
     EXPECT_TRUE(client.Command(c.request)) << c.what;
     Bytes reply(64, 0xEE);
     EXPECT_TRUE(client.Transfer(kReceive, 1, reply).ok) << c.what;
     EXPECT_EQ(reply, Packet({})) << c.what << ": stale";
+    host->Sleep(30);
     EXPECT_TRUE(client.Transfer(kReceive, 1, reply).ok) << c.what;
     EXPECT_EQ(reply, Packet(c.reply)) << c.what;
     EXPECT_THAT(host->Camera({13, 0})->ProtocolErrors(), IsEmpty()) << c.what;
@@ -99,6 +101,60 @@ TEST(UsbWire, RefusesWhatTheProtocolDoesNotHave) {
     EXPECT_THAT(host->Camera({13, 0})->ProtocolErrors(), ElementsAre(HasSubstr(c.error)));
     EXPECT_EQ(data, c.data) << c.error;
   }
+}
+
+TEST(UsbWire, TheRomThePortAndTheRepliesTakeTheirTime) {
+  const auto host = MakeHost(FastCamera());
+  UsbClient client(*host);
+  const auto reply = [&](std::uint32_t waitMs = 0) {
+    Bytes packet(64, 0xEE);
+    host->Sleep(waitMs);
+    return client.Transfer(kReceive, 1, packet).ok ? packet[0] : -1;
+  };
+  client.Command({0x20, 8, 0x11});
+  client.Command({0x20, 9, 0x22});  // lost
+  for (const std::uint32_t waited : {0, 10}) {
+    host->Sleep(waited);
+    for (const std::uint8_t cell : {8, 9}) {
+      client.Command({0x21, cell});
+      reply();
+      EXPECT_EQ(reply(), waited != 0 && cell == 8 ? 0x11 : 0xFF) << waited;
+    }
+  }
+  client.Command({0x28, 0x20});
+  for (const std::uint32_t waited : {0, 30}) {
+    client.Command({0x29});
+    reply();
+    EXPECT_EQ(reply(waited), waited != 0 ? 0x08 : 0) << waited;
+  }
+  client.Command({0x21, 1});
+  EXPECT_EQ(reply(), 0x08) << "of the query before";
+  client.Command({0x21, 2});
+  EXPECT_EQ(reply(), 0xC1) << "left unread";
+  EXPECT_EQ(reply(), 0xC1) << "of the query before";
+  EXPECT_EQ(reply(), 0x12);
+  EXPECT_THAT(host->Camera({13, 0})->ProtocolErrors(),
+              ElementsAre("serial-ROM write while another byte is programmed",
+                          "reply read before it was there", "query while a reply is unread"));
+}
+
+TEST(UsbWire, SleepsUntilItsResetAndAfterItsLastHandle) {
+  const auto host = MakeHost(FastCamera());
+  OpenRequest request{u"\\\\.\\ZelUsbBD-0", kAccessWrite, kShareWrite, 0};
+  DriverError error{};
+  auto asleep = host->Open(request, &error);
+  const auto send = [&](std::uint8_t code) {
+    Bytes packet = Packet({code});
+    return asleep->Control(kSend, Bytes{0, 0, 0, 0}, packet).ok;
+  };
+  EXPECT_FALSE(send(0x24));
+  EXPECT_TRUE(send(0x06) && send(0x24));
+  host->Open(request, &error).reset();
+  EXPECT_TRUE(send(0x24)) << "another handle is open";
+  asleep.reset();
+  asleep = host->Open(request, &error);
+  EXPECT_FALSE(send(0x24));
+  EXPECT_EQ(host->Handles({13, 0}), 1);
 }
 
 TEST(UsbWire, PacksThePictureAtTheStartOfATransfer) {

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fstream>
 
+#include "TemporaryFolder.h"
 #include "tools/Tool.h"
 #include "tools/support/Interrupt.h"
 #include "tools/support/OutputFiles.h"
@@ -20,19 +21,16 @@ FilePattern Pattern(std::string_view text) {
   return {text, {FileFormat::Bitmap, FileFormat::Jpeg, FileFormat::Raw}};
 }
 
-/// An empty folder for one test.
+/// An empty folder for one test, of a name.
 class Folder {
  public:
-  explicit Folder(const char* name) : path_(fs::path(::testing::TempDir()) / "zelcam-output-test" / name) {
-    fs::remove_all(path_);
-    fs::create_directories(path_);
-  }
-  ~Folder() { fs::remove_all(path_); }
+  explicit Folder(const char* name) : path_(own_.Path() / name) { fs::create_directories(path_); }
   std::string File(std::string_view name) const { return ToText(path_ / ToPath(name)); }
   void Touch(std::string_view name) const { std::ofstream(ToPath(File(name))) << "old"; }
   std::size_t Count() const { return std::distance(fs::directory_iterator(path_), fs::directory_iterator()); }
 
  private:
+  test::TemporaryFolder own_;
   fs::path path_;
 };
 

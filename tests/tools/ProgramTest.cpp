@@ -10,6 +10,7 @@
 #include <set>
 #include <sstream>
 
+#include "TemporaryFolder.h"
 #include "platform/Environment.h"
 
 namespace zel::tool {
@@ -39,23 +40,19 @@ std::string Contents(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// A machine that is busy may take longer for a frame than a camera is given.
+const std::string kPatience = " --set timeout=600000";
+
 /// Runs in an empty folder of its own with simulated cameras as fast as they are read.
 class Program : public ::testing::Test {
  protected:
   void SetUp() override {
-    folder_ = fs::temp_directory_path() / ("zelcam-" + std::string(Name()));
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
-    previous_ = fs::current_path();
-    fs::current_path(folder_);
+    fs::current_path(folder_.Path());
     for (const char* const name : {"ZELCAM_SIM", "ZELCAM_SIM_FAULTS", "ZELCAM_SCENE"})
       SetEnvironment(name, "");
     SetEnvironment("ZELCAM_SIM_FPS", "0");
   }
-  void TearDown() override {
-    fs::current_path(previous_);
-    fs::remove_all(folder_);
-  }
+  void TearDown() override { fs::current_path(previous_); }
 
   static Outcome Run(const std::string& arguments) {
     const std::string line = fmt::format("\"{}\" {} >.out 2>.err", kProgram.string(), arguments);
@@ -77,8 +74,8 @@ class Program : public ::testing::Test {
   }
 
  private:
-  static const char* Name() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
-  fs::path folder_, previous_;
+  const test::TemporaryFolder folder_;
+  const fs::path previous_ = fs::current_path();
 };
 
 TEST_F(Program, AnswersBadInputAndLeavesNothing) {
@@ -205,8 +202,9 @@ TEST_F(Program, SetShowsWhatTheCameraHas) {
 TEST_F(Program, GrabsInEveryMode) {
   for (const std::string mode : {"callback", "queue", "ondemand"}) {
     for (const std::string ending : {"bmp", "jpg", "raw"}) {
-      const Outcome outcome = Run("--sim 13 grab --json -n 2 --set roi-width=64 --set roi-height=48 --mode " +
-                                  mode + " -o \"" + mode + "-{frame:02}." + ending + "\"");
+      const Outcome outcome =
+          Run("--sim 13 grab --json -n 2 --set roi-width=64 --set roi-height=48" + kPatience + " --mode " +
+              mode + " -o \"" + mode + "-{frame:02}." + ending + "\"");
       ASSERT_EQ(outcome.code, 0) << outcome.err;
       const std::vector<json> lines = outcome.Lines();
       ASSERT_EQ(lines.size(), 3u) << outcome.out;
@@ -223,35 +221,37 @@ TEST_F(Program, GrabsInEveryMode) {
   EXPECT_EQ(Files().size(), 18u + 6) << "each raw file with its description";
   // The number of the last frame is unknown, so every old file counts.
   EXPECT_EQ(Run("--sim 13 grab -t 1s -o \"queue-{frame:02}.bmp\"").code, 2);
-  EXPECT_EQ(Run("--sim 13 grab -n 1 -o \"queue-{frame:02}.bmp\" --force -q").err, "");
+  EXPECT_EQ(Run("--sim 13 grab -n 1 -o \"queue-{frame:02}.bmp\" --force -q" + kPatience).err, "");
 }
 
 TEST_F(Program, TellsATimeoutFromAVanishedCamera) {
   struct Row {
-    const char *fault, *mode;
-    int code;
+    const char* fault;
+    std::string options;
+    int code, atLeast;
   };
-  const Row rows[] = {{"unplug@3", "callback", 7},
-                      {"unplug@3", "queue", 7},
-                      {"unplug@3", "ondemand", 7},
-                      {"stall@2:3s", "queue", 5},
-                      {"stall@2:3s", "callback", 5}};
+  // On a busy machine the first frame may be too late as well.
+  const std::string impatience = " --set timeout=500";
+  const Row rows[] = {{"unplug@3", "callback" + kPatience, 7, 1},
+                      {"unplug@3", "queue" + kPatience, 7, 1},
+                      {"unplug@3", "ondemand" + kPatience, 7, 1},
+                      {"stall@2:3600s", "queue" + impatience, 5, 0},
+                      {"stall@2:3600s", "callback" + impatience, 5, 0}};
   for (const Row& row : rows) {
     SetEnvironment("ZELCAM_SIM_FAULTS", row.fault);
-    const Outcome outcome =
-        Run("--sim 13 grab -n 9 --set timeout=500 --json --mode " + std::string(row.mode));
-    EXPECT_EQ(outcome.code, row.code) << row.fault << " " << row.mode << "\n" << outcome.err;
+    const Outcome outcome = Run("--sim 13 grab -n 9 --json --mode " + row.options);
+    EXPECT_EQ(outcome.code, row.code) << row.fault << " " << row.options << "\n" << outcome.err;
     const std::vector<json> lines = outcome.Lines();
     ASSERT_FALSE(lines.empty());
-    EXPECT_GE(lines.back()["frames"], 1) << "the summary comes all the same";
+    EXPECT_GE(lines.back()["frames"], row.atLeast) << "the summary comes all the same";
   }
 }
 
 TEST_F(Program, ReplaysARecordedSessionWithoutTheCamera) {
   for (const char* const type : {"13", "67", "78", "98", "1@69"}) {
     const Outcome grab = Run(fmt::format(
-        "--sim {} grab -n 3 --set shutter=100 --set roi-width=64 --set roi-height=48 --record {}.zel", type,
-        type));
+        "--sim {} grab -n 3 --set shutter=100 --set roi-width=64 --set roi-height=48 --record {}.zel{}", type,
+        type, kPatience));
     ASSERT_EQ(grab.code, 0) << grab.err;
     const Outcome replay = Run(fmt::format("replay {}.zel --json", type));
     EXPECT_EQ(replay.code, 0) << replay.out << replay.err;
@@ -262,11 +262,12 @@ TEST_F(Program, ReplaysARecordedSessionWithoutTheCamera) {
     EXPECT_GT(result["calls_matched"], 15);
   }
   // Timing decides how many frames the workers read.
-  ASSERT_EQ(Run("--sim 13 grab -n 2 --set roi-height=48 --mode callback --record workers.zel").code, 0);
+  const std::string workers = "--sim 13 grab -n 2 --set roi-height=48 --mode callback --record workers.zel";
+  ASSERT_EQ(Run(workers + kPatience).code, 0);
   EXPECT_EQ(Run("replay workers.zel").code, 0);
   // Failures are played back, too.
   SetEnvironment("ZELCAM_SIM_FAULTS", "unplug@2");
-  EXPECT_EQ(Run("--sim 13 grab -n 5 --set roi-height=48 --record gone.zel").code, 7);
+  EXPECT_EQ(Run("--sim 13 grab -n 5 --set roi-height=48 --record gone.zel" + kPatience).code, 7);
   EXPECT_EQ(Run("-c 13 grab -n 1 --record never.zel").code, 3);
   for (const char* const file : {"gone.zel", "never.zel"}) {
     const Outcome replay = Run(fmt::format("replay {}", file));
@@ -368,7 +369,7 @@ TEST_F(Program, DevelopsARawFileAsTheCameraWould) {
 }
 
 TEST_F(Program, DevelopsAKeptFrame) {
-  ASSERT_EQ(Run("--sim 13 snap -o a.raw").code, 0);
+  ASSERT_EQ(Run("--sim 13 snap -o a.raw" + kPatience).code, 0);
   ASSERT_EQ(fs::file_size("a.raw"), 1310720u);
   const std::string develop = "develop a.raw --height 1024 --json --force ";
   const json plain = Run(develop + "--width 1280 -o a.bgra").Lines().at(0);

@@ -30,8 +30,9 @@ class CZELModel05 : public CZELDeviceImplSATA {
    protected:
     bool WriteRegister8(std::uint8_t address, std::uint8_t high, std::uint8_t low) override {
       const auto turn = Volume().TakeTurn();
-      return address != kLastAddress && SataModelProperty::WriteRegister8(address, 0, high) &&
-             SataModelProperty::WriteRegister8(static_cast<std::uint8_t>(address + 1), 0, low);
+      if (address == kLastAddress || !SataModelProperty::WriteRegister8(address, 0, high)) return false;
+      Settle();
+      return SataModelProperty::WriteRegister8(static_cast<std::uint8_t>(address + 1), 0, low);
     }
 
     bool ReadRegister8(std::uint8_t address, std::uint8_t* high, std::uint8_t* low) override {

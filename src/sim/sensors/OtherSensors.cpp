@@ -12,6 +12,7 @@ constexpr RegisterField LowFirst(std::uint16_t address) {
   return {{{address, 0, 8}, {static_cast<std::uint16_t>(address + 1), 0, 8, 8}}};
 }
 
+constexpr RegisterValue kStandby61[] = {{0x00, 1}};
 constexpr SkipRule kSkips61[] = {{0x38, 3, 1, 2}, {0x38, 3, 2, 4}};
 
 /// CMOS sensors with picture processing on the chip, which the mosaic that they send has not gone through.
@@ -51,12 +52,15 @@ const SensorMap kSensors[] = {
         .addressBytes = 2,
         .valueBytes = 1,
         .reset = ResetExposure{100, 32},
+        .resetValues = kStandby61,
         .left = LowFirst(0x30),
         .top = LowFirst(0x32),
         .columns = LowFirst(0x34),
         .rows = LowFirst(0x36),
         .mirrorX = Bit(0x28, 0),
         .mirrorY = Bit(0x28, 1),
+        .stream = Bit(0x01, 0),
+        .standby = Bit(0x00, 0),
         .skips = kSkips61,
         .shutter = {{{0x2A, 0, 8}, {0x2B, 0, 8, 8}, {0x2C, 0, 8, 16}}},
         .gain = {{{0x67, 0, 6}}},

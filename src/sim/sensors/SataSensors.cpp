@@ -162,14 +162,15 @@ constexpr SensorMap FrontEnd(SensorMap map, int valueBytes) {
 constexpr RegisterValue kResetConverter[] = {{kFixed, 1}};
 
 /// A converter whose source has 1280 x 1024 pixels; beyond them it repeats their edge.
-constexpr SensorMap Converter(int type) {
+constexpr SensorMap Converter(int type, std::uint32_t lockMs) {
   SensorMap map = Cut(Exposed(Sensor(type, 1280, 1024, 10, 40e6, 320), kUnset, kUnset, kResetConverter));
   map.volume = kConverterVolume;
+  map.lockMs = lockMs;
   return map;
 }
 
 const SensorMap kSensors[] = {
-    Converter(0),
+    Converter(0, 0),
     Triggered(Map16(1, 2048, 1536, 48e6, kReset1), kTrigger16),
     Map16(2, 2592, 1944, 96e6, kReset2),
     Mirrored(Exposed(Windowed(Sensor(3, 752, 480, 10, 26.6e6, 94), kWindow3), {{{0x0B, 0, 16}}},
@@ -185,7 +186,7 @@ const SensorMap kSensors[] = {
     Mirrored(Exposed(Windowed(Sensor(35, 1440, 1080, 10, 48e6, 244), kWindow4), {{{0x09, 0, 14}}},
                      {{{0x35, 0, 7}}}, kReset35),
              {}, kMirrorY16),
-    Converter(39),
+    Converter(39, 80),  // two frames at 25 Hz
 };
 
 }  // namespace

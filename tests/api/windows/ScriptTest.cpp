@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "TemporaryFolder.h"
 #include "api/windows/Process.h"
 #include "api/windows/ServerFixture.h"
 #include "imaging/PictureReader.h"
@@ -36,16 +37,15 @@ class Script : public Server {
  protected:
   void SetUp() override { ASSERT_EQ(Entry<HRESULT (*)()>("DllRegisterServer")(), S_OK); }
   void TearDown() override {
-    std::filesystem::remove(picture_);
     Entry<HRESULT (*)()>("DllUnregisterServer")();
     Server::TearDown();
   }
 
-  const std::filesystem::path picture_ = std::filesystem::temp_directory_path() / "zel-script-test.jpg";
+  const TemporaryFolder folder_;
+  const std::filesystem::path picture_ = folder_.Path() / "picture.jpg";
 };
 
 TEST_F(Script, CapturesAndSavesAPicture) {
-  std::filesystem::remove(picture_);
   const auto script = std::filesystem::path(ModulePath()).replace_filename("capture.vbs");
   EXPECT_EQ(
       RunProgram(L"cscript.exe", L"//nologo \"" + script.wstring() + L"\" \"" + picture_.wstring() + L"\""),

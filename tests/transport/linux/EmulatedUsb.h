@@ -43,7 +43,7 @@ class EmulatedUsbDevice {
     umockdev_testbed_attach_ioctl(Testbed(), Node(number_).c_str(), handler_, nullptr);
     umockdev_testbed_uevent(Testbed(), syspath_.c_str(), "add");
   }
-  ~EmulatedUsbDevice() {
+  virtual ~EmulatedUsbDevice() {
     Unplug();
     umockdev_testbed_detach_ioctl(Testbed(), Node(number_).c_str(), nullptr);
     g_object_unref(handler_);
@@ -77,6 +77,12 @@ class EmulatedUsbDevice {
   }
 
   std::atomic<int> claimError = 0;  ///< errno
+
+ protected:
+  // What a device does by itself; on the kernel's thread. Answers go by `Send` and `Stall`.
+  virtual void OnData(std::uint8_t /*endpoint*/, const Bytes& /*data*/) {}
+  virtual void OnControl(const Bytes& /*setup*/, const Bytes& /*data*/) {}
+  virtual void OnReset() {}
 
  private:
   struct Answer {
@@ -189,6 +195,7 @@ class EmulatedUsbDevice {
       case USBDEVFS_RELEASEINTERFACE:
         return Note("release");
       case USBDEVFS_RESET:
+        OnReset();
         return Note("reset");
       case USBDEVFS_CLEAR_HALT: {
         g_autoptr(UMockdevIoctlData) in = umockdev_ioctl_data_resolve(argument, 0, sizeof(unsigned), nullptr);
@@ -217,11 +224,14 @@ class EmulatedUsbDevice {
     const Bytes bytes(urb.buffer->data, urb.buffer->data + size);
     if (urb.Fields().type == USBDEVFS_URB_TYPE_CONTROL) {
       const bool in = bytes[0] & 0x80;
-      Note(Hex({bytes.begin(), bytes.begin() + 8}), in ? Bytes() : Bytes(bytes.begin() + 8, bytes.end()));
+      const Bytes setup(bytes.begin(), bytes.begin() + 8), data(bytes.begin() + 8, bytes.end());
+      Note(Hex(setup), in ? Bytes() : data);
+      OnControl(setup, in ? Bytes() : data);
       Fill(urb, 0, 8);
       urb.Finish(0, in ? 0 : size - 8);
     } else if (!(urb.Fields().endpoint & 0x80)) {
       Note(Hex({urb.Fields().endpoint}), bytes);
+      OnData(urb.Fields().endpoint, bytes);
       urb.Finish(0, size);
     }
     urbs_.push_back(urb);
@@ -270,8 +280,8 @@ class EmulatedUsbDevice {
   const int number_;
   const std::string syspath_;
   UMockdevIoctlBase* const handler_ = umockdev_ioctl_base_new();
-  std::mutex mutex_;
-  std::list<Urb> urbs_;  // in the order of their submission
+  std::recursive_mutex mutex_;  // what a device does may answer at once
+  std::list<Urb> urbs_;         // in the order of their submission
   std::size_t mostUnderWay_ = 0;
   std::map<std::uint8_t, std::deque<Answer>> answers_;
   std::string log_;
