@@ -56,6 +56,7 @@ bool CZELDeviceImpl::StartCapture() {
   } catch (...) {
     return false;
   }
+  trouble_.Clear();
   const bool started = Quietly([&] {
     // A camera that can't be prepared plays without frames; the application sees time-outs.
     PrepareCapture();

@@ -1,0 +1,168 @@
+// A disk in a camera's place, and cameras behind disks, as the program shows them.
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <sstream>
+
+#include "platform/DriveGuard.h"
+#include "sim/SimDriverHost.h"
+#include "tools/Tool.h"
+#include "tools/support/Output.h"
+
+namespace zel::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A computer with one drive, E:, that keeps what is written to it. Time passes only in sleeps.
+class Computer : public DriverHost {
+ public:
+  explicit Computer(std::string refusal = {}) : refusal_(std::move(refusal)) {}
+
+  std::unique_ptr<DriverHandle> Open(const OpenRequest& request, DriverError* error) override {
+    *error = DriverError::FileNotFound;
+    if (request.path != u"\\\\.\\E:") return nullptr;
+    return GuardWrites(std::make_unique<Disk>(*this), [this] { return refusal_; });
+  }
+  std::optional<std::u16string> InterfacePath(const GUID&, std::uint32_t) override { return std::nullopt; }
+  void Sleep(std::uint32_t milliseconds) override { now_ += milliseconds; }
+  std::uint64_t Milliseconds() override { return ++now_; }
+  void ShowMessage(std::u16string_view) override {}
+
+  std::size_t SectorsWritten() const { return sectors_.size(); }
+
+ private:
+  using Bytes = std::vector<std::uint8_t>;
+
+  class Disk : public DriverHandle {
+   public:
+    explicit Disk(Computer& computer) : computer_(computer) {}
+    DriverResult Control(std::uint32_t, std::span<const std::uint8_t>, std::span<std::uint8_t>) override {
+      return DriverResult::Failed(DriverError::NotSupported);
+    }
+    std::unique_ptr<PendingControl> BeginControl(std::uint32_t, std::span<const std::uint8_t>,
+                                                 std::span<std::uint8_t>, DriverError*) override {
+      return nullptr;
+    }
+    DriverResult Seek(std::uint64_t position) override {
+      position_ = position;
+      return DriverResult::Done(0);
+    }
+    DriverResult Read(std::span<std::uint8_t> out) override {
+      const Bytes& kept = computer_.sectors_[position_];
+      std::ranges::fill(out, std::uint8_t{0x55});
+      std::copy_n(kept.begin(), std::min(kept.size(), out.size()), out.begin());
+      return DriverResult::Done(static_cast<std::uint32_t>(out.size()));
+    }
+    DriverResult Write(std::span<const std::uint8_t> in) override {
+      computer_.sectors_[position_].assign(in.begin(), in.end());
+      return DriverResult::Done(static_cast<std::uint32_t>(in.size()));
+    }
+
+   private:
+    Computer& computer_;
+    std::uint64_t position_ = 0;
+  };
+
+  const std::string refusal_;
+  std::map<std::uint64_t, Bytes> sectors_;
+  std::atomic<std::uint64_t> now_ = 0;
+};
+
+struct Outcome {
+  int code = 0;
+  std::string out, err;
+};
+
+Outcome RunTheTool(std::vector<std::string> arguments) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int code = RunTool(arguments);
+  return {code, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
+
+class ADisk : public testing::Test {
+ protected:
+  ~ADisk() override { fs::remove(picture_); }
+  std::vector<std::string> Capture(int type, const char* verb) const {
+    std::vector<std::string> arguments{verb, "-c", fmt::format("{}@69", type), "-o", picture_.string()};
+    if (verb == std::string_view("grab")) arguments.insert(arguments.end(), {"-n", "1"});
+    return arguments;
+  }
+  const fs::path picture_ = fs::temp_directory_path() / "zel-disk-test.bmp";
+};
+
+TEST_F(ADisk, IsNoCameraWhenNoRegisterAcknowledges) {
+  for (const int type : {1, 2, 3, 4, 5, 6, 7, 8, 35}) {
+    for (const char* verb : {"snap", "grab"}) {
+      Computer computer;
+      const ScopedDriverHost scope(computer);
+      const Outcome outcome = RunTheTool(Capture(type, verb));
+      EXPECT_EQ(outcome.code, 5) << type;
+      EXPECT_EQ(outcome.err,
+                fmt::format(
+                    "zelcam: error: {}@69 does not answer as a camera: no register access was acknowledged\n"
+                    "hint: index 69 is drive E:; is that the camera's?\n",
+                    type));
+      EXPECT_FALSE(fs::exists(picture_)) << type << verb;
+    }
+  }
+}
+
+TEST_F(ADisk, MayBeAConverterWhichHasNoSensor) {
+  Computer computer;
+  const ScopedDriverHost scope(computer);
+  std::vector<std::string> snap = Capture(0, "snap");
+  snap.insert(snap.end(), {"--set", "roi-width=64", "--set", "roi-height=48"});
+  const Outcome outcome = RunTheTool(snap);
+  EXPECT_EQ(outcome.code, 0) << outcome.err;
+  EXPECT_TRUE(fs::exists(picture_));
+  // This one announces its frames, which a disk does not.
+  EXPECT_EQ(RunTheTool({"trace", "-c", "39@69", "open", "play"}).err, "");
+}
+
+TEST_F(ADisk, ThatIsGuardedIsLeftAlone) {
+  Computer computer("E: holds letters: nothing is written to it; X=E allows it");
+  const ScopedDriverHost scope(computer);
+  for (const int type : {0, 1}) {
+    const Outcome outcome = RunTheTool(Capture(type, "snap"));
+    EXPECT_EQ(outcome.code, 4);
+    EXPECT_TRUE(
+        outcome.err.ends_with("can't be set: E: holds letters: nothing is written to it; X=E allows it\n"))
+        << outcome.err;
+    EXPECT_EQ(outcome.err.find("letters"), outcome.err.rfind("letters")) << "told once";
+  }
+  const Outcome trace = RunTheTool({"trace", "-c", "1@69", "open", "reg:1=2"});
+  EXPECT_NE(trace.err.find("E: holds letters"), std::string::npos) << trace.err;
+  EXPECT_FALSE(fs::exists(picture_));
+  EXPECT_EQ(computer.SectorsWritten(), 1u) << "the one that was read";
+}
+
+TEST(Trace, ShowsNoRegisterValueBeforeItIsRead) {
+  SimConfiguration configuration;
+  configuration.cameras = {{1, 'E'}};
+  configuration.framesPerSecond = 0;
+  std::string error;
+  const auto camera = SimDriverHost::Create(configuration, &error);
+  const ScopedDriverHost scope(*camera);
+  const Outcome outcome =
+      RunTheTool({"trace", "open", "set:shutter=77", "play", "reg:9", "frame", "stop", "reg:9"});
+  std::vector<Json> values;  // of what concerns register 9, in order
+  std::istringstream lines(outcome.out);
+  for (std::string text; std::getline(lines, text);) {
+    const Json line = Json::parse(text);
+    const bool isResult = line.contains("result") && line["step"] == "reg:9";
+    const bool isRead = line.value("register", 0) == 9 && line["access"] == "read" && line["step"] != "play";
+    if (isResult || isRead) values.push_back({line["step"], line["value"]});
+  }
+  EXPECT_EQ(Json(values), Json::parse(R"([["reg:9",null],["frame",77],["reg:9",77],["reg:9",77]])"))
+      << outcome.out;
+}
+
+}  // namespace
+}  // namespace zel::tool
