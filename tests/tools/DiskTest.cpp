@@ -9,6 +9,8 @@
 #include <mutex>
 #include <sstream>
 
+#include "api/ZELCam.h"
+#include "device/CZELDevice.h"
 #include "platform/DriveGuard.h"
 #include "sim/SimDriverHost.h"
 #include "tools/Tool.h"
@@ -141,6 +143,41 @@ TEST_F(ADisk, ThatIsGuardedIsLeftAlone) {
   EXPECT_NE(trace.err.find("E: holds letters"), std::string::npos) << trace.err;
   EXPECT_FALSE(fs::exists(picture_));
   EXPECT_EQ(computer.SectorsWritten(), 1u) << "the one that was read";
+}
+
+/// What a program of the published interfaces gets, and what it leaves on standard error.
+std::string PlayedByAProgram(LONG type, HRESULT frame) {
+  testing::internal::CaptureStderr();
+  IZELBuilder* builder = nullptr;
+  IZELCamera* camera = nullptr;
+  EXPECT_EQ(ZELCreateBuilder(&builder), S_OK);
+  EXPECT_EQ(builder->CreateCamera(type, &camera), S_OK);
+  EXPECT_EQ(camera->OpenCamera('E', nullptr), S_OK);
+  camera->SetBufferSamples(kDeliverOnDemand);
+  for (int n = 0; n < 2; ++n) {
+    EXPECT_EQ(camera->Play(nullptr), S_OK);
+    LONG unused = 0;
+    VARIANT destination{};
+    destination.vt = VT_BYREF | VT_I4;
+    destination.byref = &unused;
+    EXPECT_EQ(camera->GetData(destination, nullptr), frame);
+    EXPECT_EQ(camera->Stop(nullptr), S_OK);
+  }
+  camera->Release();
+  builder->Release();
+  return testing::internal::GetCapturedStderr();
+}
+
+TEST_F(ADisk, IsToldInTheLogOnceAndKeepsTheResults) {
+  {
+    Computer computer;
+    const ScopedDriverHost scope(computer);
+    EXPECT_EQ(PlayedByAProgram(2, S_OK),
+              "2@69 does not answer as a camera: no register access was acknowledged\n");
+  }
+  Computer guarded("E: holds stamps: nothing is written to it");
+  const ScopedDriverHost scope(guarded);
+  EXPECT_EQ(PlayedByAProgram(2, E_FAIL), "E: holds stamps: nothing is written to it\n");
 }
 
 TEST(Trace, ShowsNoRegisterValueBeforeItIsRead) {

@@ -70,10 +70,12 @@ bool LiesOn(const std::wstring& volume, unsigned disk) {
       std::byte memory[sizeof(VOLUME_DISK_EXTENTS) + kMostExtents * sizeof(DISK_EXTENT)];
   DWORD bytes = 0;
   if (!DeviceIoControl(opened, IOCTL_VOLUME_GET_VOLUME_DISK_EXTENTS, nullptr, 0, memory, sizeof(memory),
-                       &bytes, nullptr))
+                       &bytes, nullptr) &&
+      GetLastError() != ERROR_MORE_DATA)
     return false;
   const auto* const extents = reinterpret_cast<const VOLUME_DISK_EXTENTS*>(memory);
-  return std::any_of(extents->Extents, extents->Extents + extents->NumberOfDiskExtents,
+  return std::any_of(extents->Extents,
+                     extents->Extents + std::min(extents->NumberOfDiskExtents, kMostExtents),
                      [disk](const DISK_EXTENT& extent) { return extent.DiskNumber == disk; });
 }
 
