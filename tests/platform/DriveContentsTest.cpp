@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using Disk = std::vector<std::uint8_t>;
 
-constexpr std::size_t kDiskBytes = 8 << 20;  // what is smaller counts as a floppy disk, which no RAID has
+constexpr std::size_t kDiskBytes = 2 << 20;  // what is smaller counts as a floppy disk, which no RAID has
 
 void Put(Disk& disk, std::size_t at, std::string_view bytes) {
   std::memcpy(disk.data() + at, bytes.data(), bytes.size());
@@ -64,7 +64,7 @@ void MakeGpt(Disk& disk) {
 
 void MakeFat(Disk& disk) {
   Put(disk, 0,
-      std::string_view("\xEB\x3C\x90MSDOS5.0\x00\x02\x04\x01\x00\x02\x00\x02\x00\x40\xF8\x40\x00", 24));
+      std::string_view("\xEB\x3C\x90MSDOS5.0\x00\x02\x04\x01\x00\x02\x00\x02\x00\x10\xF8\x04\x00", 24));
   Put(disk, 54, "FAT16   ");
   Put(disk, 510, "\x55\xAA");
 }

@@ -21,14 +21,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A computer with one drive, E:, that keeps what is written to it. Time passes only in sleeps.
+/// A computer with one drive, E: or PhysicalDrive0, that keeps what is written to it. Time passes only in
+/// sleeps.
 class Computer : public DriverHost {
  public:
   explicit Computer(std::string refusal = {}) : refusal_(std::move(refusal)) {}
 
   std::unique_ptr<DriverHandle> Open(const OpenRequest& request, DriverError* error) override {
     *error = DriverError::FileNotFound;
-    if (request.path != u"\\\\.\\E:") return nullptr;
+    if (request.path != u"\\\\.\\E:" && request.path != u"\\\\.\\PhysicalDrive0") return nullptr;
     return GuardWrites(std::make_unique<Disk>(*this), [this] { return refusal_; });
   }
   std::optional<std::u16string> InterfacePath(const GUID&, std::uint32_t) override { return std::nullopt; }
@@ -36,11 +37,11 @@ class Computer : public DriverHost {
   std::uint64_t Milliseconds() override { return ++now_; }
   void ShowMessage(std::u16string_view) override {}
 
-  std::size_t SectorsWritten() const { return sectors_.size(); }
+  using Bytes = std::vector<std::uint8_t>;
+  void Put(std::uint64_t position, Bytes sector) { sectors_[position] = std::move(sector); }
+  std::size_t SectorsKnown() const { return sectors_.size(); }
 
  private:
-  using Bytes = std::vector<std::uint8_t>;
-
   class Disk : public DriverHandle {
    public:
     explicit Disk(Computer& computer) : computer_(computer) {}
@@ -142,7 +143,22 @@ TEST_F(ADisk, ThatIsGuardedIsLeftAlone) {
   const Outcome trace = RunTheTool({"trace", "-c", "1@69", "open", "reg:1=2"});
   EXPECT_NE(trace.err.find("E: holds letters"), std::string::npos) << trace.err;
   EXPECT_FALSE(fs::exists(picture_));
-  EXPECT_EQ(computer.SectorsWritten(), 1u) << "the one that was read";
+  EXPECT_EQ(computer.SectorsKnown(), 1u) << "the one that was read";
+}
+
+TEST_F(ADisk, WithASignatureIsGuardedToo) {
+  Computer computer("PhysicalDrive0 holds letters: nothing is written to it; X allows it");
+  Computer::Bytes status{'O', 'R', 'V', 'A', 'N', 'E'};
+  status.resize(512);
+  status[26] = 0x70;  // type 44
+  status[27] = 2;
+  computer.Put(0x20000, status);
+  const ScopedDriverHost scope(computer);
+  const Outcome outcome = RunTheTool({"snap", "-c", "44@0", "-o", picture_.string()});
+  EXPECT_EQ(outcome.code, 4);
+  EXPECT_NE(outcome.err.find("#44 can't be set: PhysicalDrive0 holds letters"), std::string::npos)
+      << outcome.err;
+  EXPECT_EQ(computer.SectorsKnown(), 1u);
 }
 
 /// What a program of the published interfaces gets, and what it leaves on standard error.
