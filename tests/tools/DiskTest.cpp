@@ -14,6 +14,7 @@
 #include "platform/DriveGuard.h"
 #include "sim/SimDriverHost.h"
 #include "tools/Tool.h"
+#include "tools/support/Camera.h"
 #include "tools/support/Output.h"
 
 namespace zel::tool {
@@ -39,6 +40,7 @@ class Computer : public DriverHost {
 
   using Bytes = std::vector<std::uint8_t>;
   void Put(std::uint64_t position, Bytes sector) { sectors_[position] = std::move(sector); }
+  bool acknowledges = false;  ///< register requests, as a camera does
   std::size_t SectorsKnown() const { return sectors_.size(); }
 
  private:
@@ -63,7 +65,9 @@ class Computer : public DriverHost {
       return DriverResult::Done(static_cast<std::uint32_t>(out.size()));
     }
     DriverResult Write(std::span<const std::uint8_t> in) override {
-      computer_.sectors_[position_].assign(in.begin(), in.end());
+      Bytes& kept = computer_.sectors_[position_];
+      kept.assign(in.begin(), in.end());
+      if (computer_.acknowledges && in[34] != 0) kept[42] = in[34] == 1 ? 2 : 8;
       return DriverResult::Done(static_cast<std::uint32_t>(in.size()));
     }
 
@@ -114,6 +118,19 @@ TEST_F(ADisk, IsNoCameraWhenNoRegisterAcknowledges) {
                     type));
       EXPECT_FALSE(fs::exists(picture_)) << type << verb;
     }
+  }
+}
+
+TEST_F(ADisk, IsForgivenWhenACameraTakesItsPlace) {
+  Computer computer;
+  const ScopedDriverHost scope(computer);
+  Camera camera({1, 'E'});
+  camera.Open();
+  EXPECT_THROW(camera.Play(), ToolError);
+  for (const bool acknowledges : {true, false}) {
+    computer.acknowledges = acknowledges;
+    EXPECT_NO_THROW(camera.Play()) << "one that ever acknowledged is a camera";
+    camera.Stop();
   }
 }
 
