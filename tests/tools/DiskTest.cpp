@@ -2,11 +2,8 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <array>
-#include <atomic>
+#include <algorithm>
 #include <filesystem>
-#include <map>
-#include <mutex>
 #include <sstream>
 
 #include "api/ZELCam.h"
@@ -16,69 +13,38 @@
 #include "tools/Tool.h"
 #include "tools/support/Camera.h"
 #include "tools/support/Output.h"
+#include "transport/ScriptedDriverHost.h"
 
 namespace zel::tool {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// A computer with one drive, E: or PhysicalDrive0, that keeps what is written to it. Time passes only in
-/// sleeps.
-class Computer : public DriverHost {
+/// A computer with one drive, E: or PhysicalDrive0, that keeps what is written to it.
+class Computer : public test::ScriptedDriverHost {
  public:
-  explicit Computer(std::string refusal = {}) : refusal_(std::move(refusal)) {}
+  explicit Computer(std::string refusal = {}) : refusal_(std::move(refusal)) {
+    logTransfers = false;
+    present = [](const std::u16string& path) {
+      return path == u"\\\\.\\E:" || path == u"\\\\.\\PhysicalDrive0";
+    };
+    beforeRead = [](auto, auto& bytes) { bytes.resize(std::max(bytes.size(), kFrameBytes), 0x55); };
+    takeWrite = [this](std::uint64_t position, std::vector<std::uint8_t> bytes) {
+      if (acknowledges && bytes[34] != 0) bytes[42] = bytes[34] == 1 ? 2 : 8;
+      sectors[position] = std::move(bytes);
+    };
+  }
 
   std::unique_ptr<DriverHandle> Open(const OpenRequest& request, DriverError* error) override {
-    *error = DriverError::FileNotFound;
-    if (request.path != u"\\\\.\\E:" && request.path != u"\\\\.\\PhysicalDrive0") return nullptr;
-    return GuardWrites(std::make_unique<Disk>(*this), [this] { return refusal_; });
+    auto drive = ScriptedDriverHost::Open(request, error);
+    return drive ? GuardWrites(std::move(drive), [this] { return refusal_; }) : nullptr;
   }
-  std::optional<std::u16string> InterfacePath(const GUID&, std::uint32_t) override { return std::nullopt; }
-  void Sleep(std::uint32_t milliseconds) override { now_ += milliseconds; }
-  std::uint64_t Milliseconds() override { return ++now_; }
-  void ShowMessage(std::u16string_view) override {}
 
-  using Bytes = std::vector<std::uint8_t>;
-  void Put(std::uint64_t position, Bytes sector) { sectors_[position] = std::move(sector); }
   bool acknowledges = false;  ///< register requests, as a camera does
-  std::size_t SectorsKnown() const { return sectors_.size(); }
 
  private:
-  class Disk : public DriverHandle {
-   public:
-    explicit Disk(Computer& computer) : computer_(computer) {}
-    DriverResult Control(std::uint32_t, std::span<const std::uint8_t>, std::span<std::uint8_t>) override {
-      return DriverResult::Failed(DriverError::NotSupported);
-    }
-    std::unique_ptr<PendingControl> BeginControl(std::uint32_t, std::span<const std::uint8_t>,
-                                                 std::span<std::uint8_t>, DriverError*) override {
-      return nullptr;
-    }
-    DriverResult Seek(std::uint64_t position) override {
-      position_ = position;
-      return DriverResult::Done(0);
-    }
-    DriverResult Read(std::span<std::uint8_t> out) override {
-      const Bytes& kept = computer_.sectors_[position_];
-      std::ranges::fill(out, std::uint8_t{0x55});
-      std::copy_n(kept.begin(), std::min(kept.size(), out.size()), out.begin());
-      return DriverResult::Done(static_cast<std::uint32_t>(out.size()));
-    }
-    DriverResult Write(std::span<const std::uint8_t> in) override {
-      Bytes& kept = computer_.sectors_[position_];
-      kept.assign(in.begin(), in.end());
-      if (computer_.acknowledges && in[34] != 0) kept[42] = in[34] == 1 ? 2 : 8;
-      return DriverResult::Done(static_cast<std::uint32_t>(in.size()));
-    }
-
-   private:
-    Computer& computer_;
-    std::uint64_t position_ = 0;
-  };
-
+  static constexpr std::size_t kFrameBytes = 8 << 20;  // more than a frame has
   const std::string refusal_;
-  std::map<std::uint64_t, Bytes> sectors_;
-  std::atomic<std::uint64_t> now_ = 0;
 };
 
 struct Outcome {
@@ -160,22 +126,21 @@ TEST_F(ADisk, ThatIsGuardedIsLeftAlone) {
   const Outcome trace = RunTheTool({"trace", "-c", "1@69", "open", "reg:1=2"});
   EXPECT_NE(trace.err.find("E: holds letters"), std::string::npos) << trace.err;
   EXPECT_FALSE(fs::exists(picture_));
-  EXPECT_EQ(computer.SectorsKnown(), 1u) << "the one that was read";
+  EXPECT_EQ(computer.sectors.size(), 1u) << "the one that was read";
 }
 
 TEST_F(ADisk, WithASignatureIsGuardedToo) {
   Computer computer("PhysicalDrive0 holds letters: nothing is written to it; X allows it");
-  Computer::Bytes status{'O', 'R', 'V', 'A', 'N', 'E'};
+  auto& status = computer.sectors[0x20000] = {'O', 'R', 'V', 'A', 'N', 'E'};
   status.resize(512);
   status[26] = 0x70;  // type 44
   status[27] = 2;
-  computer.Put(0x20000, status);
   const ScopedDriverHost scope(computer);
   const Outcome outcome = RunTheTool({"snap", "-c", "44@0", "-o", picture_.string()});
   EXPECT_EQ(outcome.code, 4);
   EXPECT_NE(outcome.err.find("#44 can't be set: PhysicalDrive0 holds letters"), std::string::npos)
       << outcome.err;
-  EXPECT_EQ(computer.SectorsKnown(), 1u);
+  EXPECT_EQ(computer.sectors.size(), 1u);
 }
 
 /// What a program of the published interfaces gets, and what it leaves on standard error.
