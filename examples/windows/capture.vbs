@@ -8,6 +8,7 @@ Option Explicit
 
 Const Queue = 1    ' delivery mode: two frames wait for GetData
 Const Jpeg = 1     ' file format of SaveImage
+Const Drives = 6   ' the indexes of the USB 3.0 disk cameras, which no others have
 
 Dim builder : Set builder = CreateObject("ZELCam.ZELBuilder")
 
@@ -19,10 +20,13 @@ Function NewCamera(cameraType)
   Set NewCamera = made
 End Function
 
-Function Answers(camera, index)
-  Answers = False
+Function Answers(camera, cameraType, index)
+  Dim valid : valid = False
   On Error Resume Next
-  Answers = (camera.IsCameraValid(index) = 0)
+  valid = (camera.IsCameraValid(index) = 0)
+  ' To the USB 3.0 disk types any disk looks like a camera; the catalogue asks the disk which one it is.
+  If valid And camera.GetMaxCameraNum() = Drives Then valid = (builder.GetUsb3CameraType(index) = cameraType)
+  Answers = valid
 End Function
 
 Dim first : Set first = Nothing
@@ -31,7 +35,7 @@ For cameraType = 0 To builder.GetCameraTypeNum() - 1
   Set candidate = NewCamera(cameraType)
   If Not candidate Is Nothing Then
     For index = 0 To candidate.GetMaxCameraNum() - 1
-      If Answers(candidate, index) Then
+      If Answers(candidate, cameraType, index) Then
         builder.GetCameraName cameraType, name
         WScript.Echo "type " & cameraType & ", index " & index & ": " & name
         If first Is Nothing Then

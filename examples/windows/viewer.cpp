@@ -20,6 +20,7 @@ constexpr wchar_t kTitle[] = L"ZELCam viewer";
 constexpr COLORREF kDark = RGB(32, 34, 38);
 constexpr int kPanelWidth = 264, kMargin = 14, kRow = 24;  // at 96 dpi
 constexpr LONG kCallbackPerFrame = 0, kGreyWorld = 1, kJpeg = 1;
+constexpr LONG kPhysicalDrives = 6;  // the indexes of the USB 3.0 disk cameras, which no others have
 constexpr LONG kRedGain = 14, kBlueGain = 16;  // property ids
 constexpr UINT_PTR kStatusTimer = 1, kBalanceTimer = 2;
 constexpr UINT kStatusMs = 500, kBalanceMs = 600;  // the latter covers some frames
@@ -80,6 +81,7 @@ class Viewer {
   void Paint();
   void OnCommand(int id, int notification);
 
+  bool Answers(IZELCamera& candidate, LONG type, LONG index);
   void FindCameras();
   void Open(const Found& found);
   void Close();
@@ -316,6 +318,18 @@ void Viewer::OnCommand(int id, int notification) {
 
 // ---- the camera
 
+/// Whether a camera of this type answers at the index, which the candidate is asked for.
+bool Viewer::Answers(IZELCamera& candidate, LONG type, LONG index) {
+  if (FAILED(candidate.IsCameraValid(index, nullptr))) return false;
+  LONG indexes = 0;
+  candidate.GetMaxCameraNum(&indexes);
+  if (indexes != kPhysicalDrives) return true;
+  // To the USB 3.0 disk types any disk looks like a camera; the catalogue asks the disk which one it is.
+  LONG found = 0;
+  builder_->GetUsb3CameraType(index, &found);
+  return found == type;
+}
+
 /// All cameras that answer; the first one is opened and started.
 void Viewer::FindCameras() {
   LONG types = 0;
@@ -326,7 +340,7 @@ void Viewer::FindCameras() {
     if (FAILED(builder_->CreateCamera(type, candidate.Put()))) continue;
     candidate->GetMaxCameraNum(&indexes);
     for (LONG index = 0; index < indexes; ++index) {
-      if (FAILED(candidate->IsCameraValid(index, nullptr))) continue;
+      if (!Answers(*candidate, type, index)) continue;
       BSTR name = nullptr;
       builder_->GetCameraName(type, &name);
       found_.push_back(

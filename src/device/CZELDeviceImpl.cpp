@@ -114,6 +114,7 @@ LONG CZELDeviceImpl::OpenCamera(LONG index) try {
   }
   PropertyStore().ConnectCapture(this);
   CloseDevice(index);
+  trouble_.Clear();
   SetState(kStateOpened, 0);
   return OpenDevice();
 } catch (...) {

@@ -8,6 +8,7 @@
 
 #include "device/CZELDevice.h"
 #include "device/CZELObserver.h"
+#include "device/CameraTrouble.h"
 #include "device/CaptureStatistics.h"
 #include "device/ObserverGate.h"
 #include "device/ReadTurn.h"
@@ -98,6 +99,8 @@ class CZELDeviceImpl : public CZELDevice, public CaptureLink {
   void Shutdown();
 
   CZELCritSec& Lock() { return lock_; }
+  /// Of the last `OpenCamera` or `Play` and what came after it.
+  CameraTrouble& Trouble() { return trouble_; }
   /// The store behind `GetProperty`, for the engine and the transports.
   virtual CZELDevicePropertyImpl& PropertyStore() = 0;
 
@@ -163,6 +166,7 @@ class CZELDeviceImpl : public CZELDevice, public CaptureLink {
 
   std::atomic<bool> eightBitTransfer_ = true;
   std::atomic<bool> incompleteFrame_ = false;  ///< seen by the read under way
+  CameraTrouble trouble_;
   Event transitionOver_;
   ObserverGate observer_;
   ReadTurn readTurn_;

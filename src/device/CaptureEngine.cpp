@@ -61,6 +61,7 @@ bool CZELDeviceImpl::StartCapture() {
     return false;
   }
   const LONG format = run->image->GetOutputFormat();
+  trouble_.Clear();
   const bool started = Quietly([&] {
     // A camera that can't be prepared plays without frames; the application sees time-outs.
     PrepareCapture();

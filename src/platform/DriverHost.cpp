@@ -1,6 +1,10 @@
 #include "platform/DriverHost.h"
 
 #include <atomic>
+#include <mutex>
+#include <set>
+
+#include "platform/Console.h"
 
 namespace zel {
 namespace {
@@ -19,6 +23,8 @@ const char* DriverErrorText(DriverError error) {
       return "access denied";
     case DriverError::InvalidHandle:
       return "invalid handle";
+    case DriverError::WriteProtect:
+      return "write-protected";
     case DriverError::GeneralFailure:
       return "general failure";
     case DriverError::SharingViolation:
@@ -37,6 +43,14 @@ const char* DriverErrorText(DriverError error) {
       return "not connected";
   }
   return "unknown error";
+}
+
+void DriverHost::TellOnce(std::string_view line) {
+  // Never destroyed: workers may outlive static objects.
+  static auto& mutex = *new std::mutex;
+  static auto& told = *new std::set<std::string, std::less<>>;
+  const std::lock_guard lock(mutex);
+  if (!line.empty() && told.emplace(line).second) WriteLogLine(std::string(line));
 }
 
 DriverHost& CurrentDriverHost() {

@@ -20,6 +20,7 @@ enum class DriverError : std::uint32_t {
   FileNotFound = 2,
   AccessDenied = 5,
   InvalidHandle = 6,
+  WriteProtect = 19,
   GeneralFailure = 31,
   SharingViolation = 32,
   NotSupported = 50,
@@ -83,6 +84,8 @@ class DriverHandle {
   virtual DriverResult Seek(std::uint64_t position) = 0;
   virtual DriverResult Read(std::span<std::uint8_t> out) = 0;
   virtual DriverResult Write(std::span<const std::uint8_t> in) = 0;
+  /// Why writes are answered WriteProtect, in words for the user; empty when they are not, or nobody knows.
+  virtual std::string WriteRefusal() const { return {}; }
 };
 
 /// What the operating system (or a simulation of it) offers to the transports. All operations may be called
@@ -103,6 +106,9 @@ class DriverHost {
   virtual std::uint64_t Milliseconds() = 0;
   /// Tells the user something that has no other way to reach him. Must not wait for him under a test host.
   virtual void ShowMessage(std::u16string_view text) = 0;
+  /// Puts a line into the log (standard error; on Windows the debugger's output, too), once in the life of
+  /// the process: what is wrong is often come past again. Empty lines are nothing. Never waits for the user.
+  virtual void TellOnce(std::string_view line);
   /// Told of every sensor register access of a property object after it happened; only tracers listen.
   virtual void NoteRegister(RegisterAccess, std::uint32_t /*address*/, std::uint32_t /*value*/) {}
 };

@@ -118,6 +118,8 @@ class InterceptingDriverHost::Handle : public DriverHandle {
     return host_.Intercept(call, [&] { return next_->Write(in); });
   }
 
+  std::string WriteRefusal() const override { return next_ ? next_->WriteRefusal() : std::string(); }
+
  private:
   InterceptingDriverHost& host_;
   const std::uint32_t number_;

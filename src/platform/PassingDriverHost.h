@@ -18,6 +18,7 @@ class PassingDriverHost : public DriverHost {
   void Sleep(std::uint32_t milliseconds) override { next_.Sleep(milliseconds); }
   std::uint64_t Milliseconds() override { return next_.Milliseconds(); }
   void ShowMessage(std::u16string_view text) override { next_.ShowMessage(text); }
+  void TellOnce(std::string_view line) override { next_.TellOnce(line); }
   void NoteRegister(RegisterAccess access, std::uint32_t address, std::uint32_t value) override {
     next_.NoteRegister(access, address, value);
   }

@@ -43,4 +43,9 @@ bool SectorDevice::WriteSectorAt(std::uint64_t position, const Sector& sector) {
   return written.ok && written.bytes == sector.size();
 }
 
+std::string SectorDevice::WriteRefusal() {
+  const Turn turn(turn_);
+  return handle_ ? handle_->WriteRefusal() : std::string();
+}
+
 }  // namespace zel

@@ -38,6 +38,8 @@ class SectorDevice {
   /// Count only when all 512 bytes moved.
   bool ReadSectorAt(std::uint64_t position, Sector& sector);
   bool WriteSectorAt(std::uint64_t position, const Sector& sector);
+  /// Why the system lets nothing be written, in words; empty when it does, or nothing was written yet.
+  std::string WriteRefusal();
 
  private:
   ReturningMutex<std::recursive_timed_mutex> turn_;

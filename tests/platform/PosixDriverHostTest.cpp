@@ -62,33 +62,32 @@ class PosixDriverHost : public testing::Test {
 
 TEST_F(PosixDriverHost, FindsTheFileBehindAPath) {
   for (const char* name : {"sdb", "sdaa", "loop0", "sda", "nvme0n1"}) std::ofstream(folder_ / name);
-  const char* const kMappings = "PhysicalDrive2=/dev/sdx,e:=/dev/sdy,PHYSICALDRIVE0=/dev/a=b";
+  const char* const kMappings = "PhysicalDrive2=/dev/sdx!,e:=/dev/sdy,PHYSICALDRIVE0=/dev/a=b";
   struct Case {
-    std::u16string path;
+    const char* name;
     const char* mappings;
     std::optional<std::string> file = {};
+    bool mayWrite = false;
     std::string problem = {};
   };
-  for (const auto& [path, mappings, file, problem] : {
-           Case{u"PhysicalDrive0", nullptr, "/dev/sda"},
-           Case{u"physicaldrive2", nullptr, "/dev/sdaa"},
-           Case{u"PhysicalDrive3", nullptr},
-           Case{u"E:", nullptr},
-           Case{u"E:", kMappings, "/dev/sdy"},
-           Case{u"PhysicalDrive0", kMappings, "/dev/a=b"},
-           Case{u"PhysicalDrive1", kMappings, "/dev/sdb"},
-           Case{u"PhysicalDrive", kMappings},
-           Case{u"PhysicalDrive99999999999", kMappings},
-           Case{u"\\\\.\\E:", kMappings},
-           Case{u"C:", "C:=/dev/sda,E:=", std::nullopt,
-                "'E:=' at position 12 is not of the form PhysicalDriveN=FILE or X:=FILE"},
+  for (const auto& [name, mappings, file, mayWrite, problem] : {
+           Case{"PhysicalDrive0", nullptr, "/dev/sda"},
+           Case{"physicaldrive2", nullptr, "/dev/sdaa"},
+           Case{"PhysicalDrive3", nullptr},
+           Case{"E:", nullptr},
+           Case{"E:", kMappings, "/dev/sdy"},
+           Case{"PhysicalDrive0", kMappings, "/dev/a=b"},
+           Case{"PhysicalDrive1", kMappings, "/dev/sdb"},
+           Case{"PhysicalDrive2", kMappings, "/dev/sdx", true},
+           Case{"C:", "C:=/dev/sda,E:=!", std::nullopt, false,
+                "'E:=!' at position 12 is not of the form PhysicalDriveN=FILE or X:=FILE"},
        }) {
-    const DriveLookup found = FindDrive(u"\\\\.\\" + path, mappings, folder_.string());
+    const DriveLookup found = FindDrive(name, mappings, folder_.string());
     EXPECT_EQ(found.file, file);
+    EXPECT_EQ(found.mayWrite, mayWrite);
     EXPECT_EQ(found.problem, problem);
   }
-  EXPECT_EQ(FindDrive(u"PhysicalDrive0", nullptr, folder_.string()).file, std::nullopt);
-  EXPECT_EQ(FindDrive(u"\\\\.\\PhysicalDrive0", nullptr, "/nowhere").file, std::nullopt);
+  EXPECT_EQ(FindDrive("PhysicalDrive0", nullptr, "/nowhere").file, std::nullopt);
 }
 
 TEST_F(PosixDriverHost, ReadsAndWritesAtItsPositionIntoAnyBuffer) {

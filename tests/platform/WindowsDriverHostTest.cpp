@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/DriverHost.h"
+#include "platform/windows/WindowsDriveContents.h"
 #include "platform/windows/WindowsDriverHandle.h"
 
 namespace zel {
@@ -56,6 +57,28 @@ TEST_F(WindowsDriverHost, SaysWhyACallFailed) {
     EXPECT_EQ(error_, DriverError::FileNotFound);
   }
   EXPECT_EQ(SystemDriverHost().InterfacePath({0x0D2B5C11, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}}, 0), std::nullopt);
+}
+
+TEST_F(WindowsDriverHost, NothingIsWrittenToAMountedVolume) {
+  wchar_t folder[MAX_PATH] = L"";
+  GetSystemWindowsDirectoryW(folder, MAX_PATH);
+  const std::string system{static_cast<char>(folder[0]), ':'};
+  DriveContents contents = ExamineWindowsDrive(system);
+  EXPECT_TRUE(contents.runsSystem);
+  ASSERT_EQ(contents.signs.size(), 1u) << contents.unreadable;
+  EXPECT_TRUE(contents.signs[0].starts_with("holds a file system (")) << contents.signs[0];
+
+  DWORD letters = GetLogicalDrives();
+  for (char letter = 'A'; letters != 0; ++letter, letters >>= 1) {
+    const std::string name{letter, ':'};
+    const std::wstring root{static_cast<wchar_t>(letter), L':', L'\\'};
+    if ((letters & 1) == 0 || GetDriveTypeW(root.c_str()) != DRIVE_FIXED) continue;
+    contents = ExamineWindowsDrive(name);
+    EXPECT_NE(WriteRefusalOf(contents, {name, "X", false}), "") << name;
+    if (name == system) continue;
+    EXPECT_FALSE(contents.runsSystem) << name;
+    EXPECT_EQ(WriteRefusalOf(contents, {name, "X", true}), "") << name;
+  }
 }
 
 TEST_F(WindowsDriverHost, OverlappedControlIsUnderWayUntilTheDriverIsDone) {

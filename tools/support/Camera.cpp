@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "api/CZELCamera.h"
-#include "device/CZELDevice.h"
+#include "device/CZELDeviceImpl.h"
 #include "models/ModelTable.h"
 #include "platform/Text.h"
 #include "sim/SimDriverHost.h"
@@ -103,6 +103,7 @@ Camera::Camera(CameraId id) : id_(id), camera_(CreateCamera(id.type)), label_(Ca
                                             id.index, label_, first, last));
   }
   if (id.index != first) label_ += fmt::format("@{}", id.index);
+  static_cast<CZELDeviceImpl&>(Device()).Trouble().LeaveTellingToProgram();
 }
 
 CZELDevice& Camera::Device() {
@@ -123,8 +124,26 @@ HRESULT Camera::TryOpen(std::optional<ToolError>* error) {
   const ScopedDriverHost scope(watch);
   LONG ignored = 0;
   const HRESULT result = camera_->OpenCamera(id_.index, &ignored);
-  if (FAILED(result)) *error = OpenError(watch.LastError());
+  if (FAILED(result)) {
+    *error = Trouble();
+    if (!*error) *error = OpenError(watch.LastError());
+  }
   return result;
+}
+
+std::optional<ToolError> Camera::Trouble() {
+  const auto [kind, words] = static_cast<CZELDeviceImpl&>(Device()).Trouble().Now();
+  switch (kind) {
+    case CameraTrouble::Kind::None:
+      return std::nullopt;
+    case CameraTrouble::Kind::WriteRefused:
+      return ToolError(kExitInUse, fmt::format("{} can't be set: {}", label_, words));
+    case CameraTrouble::Kind::NoAcknowledgement:
+      break;
+  }
+  return ToolError(
+      kExitTimeout, words,
+      fmt::format("index {} is drive {}:; is that the camera's?", id_.index, static_cast<char>(id_.index)));
 }
 
 ToolError Camera::OpenError(DriverError reason) const {
@@ -144,6 +163,10 @@ ToolError Camera::OpenError(DriverError reason) const {
 void Camera::Play() {
   LONG result = 0;
   if (FAILED(camera_->Play(&result))) throw ToolError(kExitFailed, label_ + " does not start capturing");
+  const std::optional<ToolError> trouble = Trouble();
+  if (!trouble) return;
+  Stop();
+  throw *trouble;
 }
 
 void Camera::Stop() {

@@ -46,10 +46,12 @@ class Camera {
   void Open();
   /// The library's answer, and for a failure the error that `Open` would throw.
   HRESULT TryOpen(std::optional<ToolError>* error);
-  /// Throws when the device refuses.
+  /// Throws when the device refuses, and when what it plays is no camera's picture.
   void Play();
   void Stop();
   bool IsConnected();
+  /// What the library found wrong with the camera, if anything. The log is not told, so the user has to be.
+  std::optional<ToolError> Trouble();
 
  private:
   ToolError OpenError(DriverError reason) const;

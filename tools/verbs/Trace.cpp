@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <limits>
 
 #include "device/CZELDevice.h"
 #include "platform/TracingDriverHost.h"
@@ -11,9 +12,13 @@
 namespace zel::tool {
 namespace {
 
+// No register is as wide.
+constexpr LONG kNotRead = std::numeric_limits<LONG>::min();
+
 struct StepOutcome {
   HRESULT result = S_OK;
   std::optional<LONG> value;
+  bool comesLater = false;  ///< asked for, but not read yet
 };
 
 StepOutcome ReadInto(const std::function<HRESULT(LONG*)>& read) {
@@ -22,6 +27,13 @@ StepOutcome ReadInto(const std::function<HRESULT(LONG*)>& read) {
   // Getters write what the camera has also when they answer that it is not offered.
   const bool written = SUCCEEDED(result) || result == E_NOTIMPL;
   return {result, written ? std::optional(value) : std::nullopt};
+}
+
+StepOutcome ReadRegister(CZELDeviceProperty& properties, LONG address) {
+  LONG value = kNotRead;
+  const HRESULT result = properties.GetRegister(address, &value);
+  if (value != kNotRead) return {result, value};
+  return {result, {}, SUCCEEDED(result)};
 }
 
 class Tracer {
@@ -51,7 +63,7 @@ class Tracer {
       case Kind::WriteRegister:
         return {properties.SetRegister(numbers[0], numbers[1]), {}};
       case Kind::ReadRegister:
-        return ReadInto([&](LONG* value) { return properties.GetRegister(numbers[0], value); });
+        return ReadRegister(properties, numbers[0]);
       case Kind::SetWindow:
         return {properties.SetROI(numbers[0], numbers[1], numbers[2], numbers[3]), {}};
     }
@@ -93,9 +105,10 @@ ExitCode Trace(const std::vector<std::string>& texts, const Globals& globals) {
     Json line;
     line["step"] = step.text;
     line["result"] = ResultText(outcome.result);
-    if (outcome.value) line["value"] = *outcome.value;
+    if (outcome.value || outcome.comesLater) line["value"] = JsonOrNull(outcome.value);
     PrintJson(line);
   }
+  if (const auto trouble = camera.Trouble()) PrintWarning(globals, trouble->what());
   host.SetStep("release");
   if (const auto& error = tracer.OpenError()) throw ToolError(*error);
   return kExitDone;
@@ -111,6 +124,9 @@ Action DefineTrace(CLI::App& command, const Globals& globals) {
           "open, play, pause, stop, frame, set:NAME=VALUE, get:NAME, reg:ADDR, reg:ADDR=VALUE, roi:X,Y,W,H; "
           "values are not checked")
       ->required();
+  command.footer(
+      "A SATA camera that captures reads a register before its next frame: the value of `reg:` is null then, "
+      "and the register's own line stands among that frame's.");
   return [steps, &globals] { return Trace(*steps, globals); };
 }
 

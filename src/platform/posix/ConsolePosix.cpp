@@ -1,5 +1,7 @@
 #include <unistd.h>
 
+#include <cstdio>
+
 #include "platform/Console.h"
 
 namespace zel {
@@ -9,6 +11,10 @@ std::vector<std::string> Utf8Arguments(int argc, char** argv) {
 }
 
 void PrepareConsole() {}
+
+void WriteLogLine(const std::string& line) {
+  std::fprintf(stderr, "%s\n", line.c_str());
+}
 
 bool IsErrorTerminal() {
   return isatty(STDERR_FILENO) == 1;

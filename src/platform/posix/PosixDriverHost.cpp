@@ -12,16 +12,17 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <new>
-#include <set>
 #include <thread>
 #include <utility>
 
-#include "platform/DriverHost.h"
+#include "platform/DriveGuard.h"
+#include "platform/DriveName.h"
 #include "platform/Text.h"
 #include "platform/Threads.h"
+#include "platform/posix/DriveContents.h"
 #include "platform/posix/DriveMap.h"
+#include "platform/posix/FileDescriptor.h"
 #include "platform/posix/UsbCameraHost.h"
 
 namespace zel {
@@ -62,24 +63,6 @@ DriverError ErrorOf(int number) {
       return DriverError::GeneralFailure;
   }
 }
-
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int number) : number_(number) {}
-  ~FileDescriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-  FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-  }
-  int operator*() const { return number_; }
-  bool IsOpen() const { return number_ >= 0; }
-
- private:
-  int number_;
-};
 
 struct AlignedDelete {
   void operator()(std::uint8_t* memory) const { operator delete[](memory, std::align_val_t(kAlignment)); }
@@ -210,7 +193,33 @@ class PosixDriverHost : public DriverHost {
       TellOnce(problem);
       return camera;
     }
-    const DriveLookup drive = FindDrive(request.path, std::getenv(kMappingVariable), kBlockFolder);
+    const std::optional<std::string> name = DriveNameOf(request.path);
+    if (!name) {
+      *error = DriverError::FileNotFound;
+      return nullptr;
+    }
+    return OpenDrive(*name, request, error);
+  }
+
+  std::optional<std::u16string> InterfacePath(const GUID& interfaceClass, std::uint32_t index) override {
+    std::string problem;
+    auto path = FindUsbInterface(interfaceClass, index, &problem);
+    TellOnce(problem);
+    return path;
+  }
+
+  void Sleep(std::uint32_t milliseconds) override {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  }
+
+  std::uint64_t Milliseconds() override { return NowNs() / 1'000'000; }
+
+  void ShowMessage(std::u16string_view text) override { std::fprintf(stderr, "%s\n", ToUtf8(text).c_str()); }
+
+ private:
+  std::unique_ptr<DriverHandle> OpenDrive(const std::string& name, const OpenRequest& request,
+                                          DriverError* error) {
+    const DriveLookup drive = FindDrive(name, std::getenv(kMappingVariable), kBlockFolder);
     if (!drive.file) {
       if (!drive.problem.empty()) TellOnce(std::string(kMappingVariable) + ": " + drive.problem);
       *error = drive.problem.empty() ? DriverError::FileNotFound : DriverError::InvalidParameter;
@@ -236,35 +245,16 @@ class PosixDriverHost : public DriverHost {
       *error = DriverError::SharingViolation;
       return nullptr;
     }
-    return std::make_unique<DriveHandle>(std::move(file), request.access,
-                                         static_cast<std::uint64_t>(sectorBytes), S_ISREG(about.st_mode));
+    const DrivePermission permission{
+        .drive = name + " (" + *drive.file + ')',
+        .setting = std::string(kMappingVariable) + '=' + name + '=' + *drive.file + '!',
+        .given = drive.mayWrite};
+    const int number = *file;  // open as long as the handle, which the guard has
+    return GuardWrites(
+        std::make_unique<DriveHandle>(std::move(file), request.access,
+                                      static_cast<std::uint64_t>(sectorBytes), S_ISREG(about.st_mode)),
+        [number, permission] { return WriteRefusalOf(ExamineDrive(number), permission); });
   }
-
-  std::optional<std::u16string> InterfacePath(const GUID& interfaceClass, std::uint32_t index) override {
-    std::string problem;
-    auto path = FindUsbInterface(interfaceClass, index, &problem);
-    TellOnce(problem);
-    return path;
-  }
-
-  void Sleep(std::uint32_t milliseconds) override {
-    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-  }
-
-  std::uint64_t Milliseconds() override { return NowNs() / 1'000'000; }
-
-  void ShowMessage(std::u16string_view text) override { std::fprintf(stderr, "%s\n", ToUtf8(text).c_str()); }
-
- private:
-  /// Every look for a camera comes past what is wrong; once is enough. An empty text is nothing wrong.
-  void TellOnce(const std::string& text) {
-    const std::lock_guard lock(toldMutex_);
-    if (text.empty() || !told_.insert(text).second) return;
-    std::fprintf(stderr, "%s\n", text.c_str());
-  }
-
-  std::mutex toldMutex_;
-  std::set<std::string> told_;
 };
 
 }  // namespace

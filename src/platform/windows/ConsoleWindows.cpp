@@ -40,6 +40,13 @@ void PrepareConsole() {
   SetConsoleOutputCP(CP_UTF8);
 }
 
+void WriteLogLine(const std::string& line) {
+  fprintf(stderr, "%s\n", line.c_str());
+  fflush(stderr);
+  // A program with windows has no standard error that anybody sees.
+  OutputDebugStringA((line + "\n").c_str());
+}
+
 bool IsErrorTerminal() {
   // _isatty would also take the null device for a terminal.
   DWORD mode = 0;

@@ -121,6 +121,7 @@ DriverError WindowsDriverError(DWORD number) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_ACCESS_DENIED:
     case ERROR_INVALID_HANDLE:
+    case ERROR_WRITE_PROTECT:
     case ERROR_SHARING_VIOLATION:
     case ERROR_NOT_SUPPORTED:
     case ERROR_INVALID_PARAMETER:

@@ -4,9 +4,14 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "platform/DriveGuard.h"
+#include "platform/DriveName.h"
+#include "platform/Environment.h"
 #include "platform/Threads.h"
+#include "platform/windows/WindowsDriveContents.h"
 #include "platform/windows/WindowsDriverHandle.h"
 
 namespace zel {
@@ -16,9 +21,20 @@ static_assert(kAccessRead == GENERIC_READ && kAccessWrite == GENERIC_WRITE && kS
               kShareWrite == FILE_SHARE_WRITE && kOpenOverlapped == FILE_FLAG_OVERLAPPED);
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 
+constexpr const char* kPermissionVariable = "ZELCAM_ALLOW_VOLUME";
+
 struct DeviceListCloser {
   void operator()(HDEVINFO list) const { SetupDiDestroyDeviceInfoList(list); }
 };
+
+std::string WriteRefusalOfDrive(const std::string& drive) {
+  const bool isLetter = !PhysicalDriveNumber(drive);
+  const DrivePermission permission{
+      .drive = drive,
+      .setting = std::string(kPermissionVariable) + '=' + (isLetter ? drive.substr(0, 1) : drive),
+      .given = ListsDrive(GetEnvironment(kPermissionVariable).value_or(""), drive)};
+  return WriteRefusalOf(ExamineWindowsDrive(drive), permission);
+}
 
 class WindowsDriverHost : public DriverHost {
  public:
@@ -29,7 +45,10 @@ class WindowsDriverHost : public DriverHost {
       *error = WindowsDriverError(GetLastError());
       return nullptr;
     }
-    return MakeWindowsDriverHandle(UniqueHandle(device));
+    auto handle = MakeWindowsDriverHandle(UniqueHandle(device));
+    const std::optional<std::string> drive = DriveNameOf(request.path);
+    return drive ? GuardWrites(std::move(handle), [drive] { return WriteRefusalOfDrive(*drive); })
+                 : std::move(handle);
   }
 
   std::optional<std::u16string> InterfacePath(const GUID& interfaceClass, std::uint32_t index) override {

@@ -1,5 +1,6 @@
 #include "transport/sata/CZELDevicePropertyImplSATA.h"
 
+#include <string>
 #include <utility>
 
 #include "common/BytePacking.h"
@@ -31,6 +32,7 @@ HRESULT CZELDevicePropertyImplSATA::AttachDevice(CZELDevice* device) {
   camera_ = dynamic_cast<CZELDeviceImplSATA*>(device);
   if (camera_ == nullptr) return E_INVALIDARG;
   lock_ = &camera_->Lock();
+  acknowledged_ = false;
   return volume_.Open(SataVolumePath(device->GetCameraIndex())) ? S_OK : E_INVALIDARG;
 }
 
@@ -55,6 +57,7 @@ bool CZELDevicePropertyImplSATA::IsStreaming() const {
 
 HRESULT CZELDevicePropertyImplSATA::ApplyColorMatrix() {
   frame_ = {};
+  asked_ = false;
   if (!CanReach()) return E_HANDLE;
   LONG width = 0;
   LONG height = 0;
@@ -68,7 +71,18 @@ HRESULT CZELDevicePropertyImplSATA::ApplyColorMatrix() {
   // A sensor that does not take a setting still sends pictures.
   ApplyPostPrepare();
   if (!WriteSettings(SataRun::Run)) return E_FAIL;
+  NoteSilentSensor();
   return CZELDevicePropertyImpl::ApplyColorMatrix();
+}
+
+void CZELDevicePropertyImplSATA::NoteSilentSensor() {
+  // A disk brings what lies in the image areas like a camera does; only the sensor tells the two apart. A
+  // converter has none to ask.
+  if (!asked_ || acknowledged_) return;
+  camera_->Trouble().Note(CameraTrouble::Kind::NoAcknowledgement,
+                          std::to_string(camera_->GetCameraType()) + '@' +
+                              std::to_string(camera_->GetCameraIndex()) +
+                              " does not answer as a camera: no register access was acknowledged");
 }
 
 LONG CZELDevicePropertyImplSATA::OnCaptureStopped() {
@@ -243,10 +257,20 @@ CZELDevicePropertyImplSATA::RegisterEvent CZELDevicePropertyImplSATA::LastRegist
 
 // ---- registers, on the wire
 
+bool CZELDevicePropertyImplSATA::WriteCommandSector() {
+  if (volume_.WriteSectorAt(SectorPosition(sectors_.command), sector_)) return true;
+  const std::string refusal = volume_.WriteRefusal();
+  if (camera_ != nullptr && !refusal.empty())
+    camera_->Trouble().Note(CameraTrouble::Kind::WriteRefused, refusal);
+  return false;
+}
+
 bool CZELDevicePropertyImplSATA::Poll(SataProgress (*progress)(const Sector&)) {
+  asked_ = true;
   for (int n = 0; n < kPolls; ++n) {
     if (!ReadCommandSector()) return false;
     const SataProgress now = progress(sector_);
+    if (now == SataProgress::Done) acknowledged_ = true;
     if (now != SataProgress::Pending) return now == SataProgress::Done;
   }
   return false;

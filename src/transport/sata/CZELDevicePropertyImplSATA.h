@@ -105,8 +105,9 @@ class CZELDevicePropertyImplSATA : public CZELDevicePropertyImpl {
   bool CanReach();
   bool StopCamera();
   bool ReadCommandSector() { return volume_.ReadSectorAt(SectorPosition(sectors_.command), sector_); }
-  bool WriteCommandSector() { return volume_.WriteSectorAt(SectorPosition(sectors_.command), sector_); }
+  bool WriteCommandSector();
   bool Poll(SataProgress (*progress)(const Sector&));
+  void NoteSilentSensor();
   void Report(LONG event, const RegisterEvent& outcome);
   template <class Setter>
   HRESULT SetAndMark(std::uint32_t change, Setter setter);
@@ -122,7 +123,10 @@ class CZELDevicePropertyImplSATA : public CZELDevicePropertyImpl {
   Sector sector_{};                       ///< the last one read or written
   SectorDevice volume_;
   SataFrame frame_;
-  bool twoBytes_ = false;  ///< per sample, in the capture that was prepared last
+  // Of the register accesses, under the volume's turn.
+  bool asked_ = false;         ///< one was made since the preparation began
+  bool acknowledged_ = false;  ///< the camera was done with one since it was opened
+  bool twoBytes_ = false;      ///< per sample, in the capture that was prepared last
 };
 
 }  // namespace zel

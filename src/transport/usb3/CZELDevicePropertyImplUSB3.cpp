@@ -87,7 +87,12 @@ HRESULT CZELDevicePropertyImplUSB3::ApplyColorMatrix() {
 bool CZELDevicePropertyImplUSB3::Send(DiskCommand command, std::initializer_list<std::uint8_t> arguments) {
   const auto turn = disk_.TakeTurn();
   sector_ = DiskCommandSector(command, arguments);
-  return disk_.WriteSectorAt(kDiskCommandPosition, sector_);
+  if (disk_.WriteSectorAt(kDiskCommandPosition, sector_)) return true;
+  auto* const camera = dynamic_cast<CZELDeviceImplUSB3*>(Device());
+  const std::string refusal = disk_.WriteRefusal();
+  if (camera != nullptr && !refusal.empty())
+    camera->Trouble().Note(CameraTrouble::Kind::WriteRefused, refusal);
+  return false;
 }
 
 bool CZELDevicePropertyImplUSB3::ReadByte(std::uint16_t address, std::uint8_t* value) {

@@ -1,6 +1,8 @@
 // The example script, run by the system's script host, and the picture it saves.
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include "TemporaryFolder.h"
@@ -41,15 +43,32 @@ class Script : public Server {
     Server::TearDown();
   }
 
+  int RunScript() const {
+    std::filesystem::remove(picture_);
+    const auto script = std::filesystem::path(ModulePath()).replace_filename("capture.vbs");
+    return RunProgram(L"cmd.exe", L"/c cscript.exe //nologo \"" + script.wstring() + L"\" \"" +
+                                      picture_.wstring() + L"\" > \"" + output_.wstring() + L"\"");
+  }
+
   const TemporaryFolder folder_;
+  const std::filesystem::path output_ = folder_.Path() / "output.txt";
   const std::filesystem::path picture_ = folder_.Path() / "picture.jpg";
 };
 
+TEST_F(Script, FindsTheCameraBehindADisk) {
+  _putenv_s("ZELCAM_SIM", "78@3");
+  EXPECT_EQ(RunScript(), 0);
+  _putenv_s("ZELCAM_SIM", "13,13@1");
+  std::ifstream output(output_);
+  std::string line;
+  std::getline(output, line);
+  EXPECT_TRUE(line.starts_with("type 78, index 3: ")) << line;
+  std::getline(output, line);
+  EXPECT_TRUE(line.starts_with("picture: ")) << "to no other type it is a camera: " << line;
+}
+
 TEST_F(Script, CapturesAndSavesAPicture) {
-  const auto script = std::filesystem::path(ModulePath()).replace_filename("capture.vbs");
-  EXPECT_EQ(
-      RunProgram(L"cscript.exe", L"//nologo \"" + script.wstring() + L"\" \"" + picture_.wstring() + L"\""),
-      0);
+  EXPECT_EQ(RunScript(), 0);
   Picture picture;
   std::string error;
   ASSERT_TRUE(ReadPicture(picture_, &picture, &error)) << error;
