@@ -22,7 +22,8 @@ quietly() {
   "$@" >"$log" 2>&1 || { tail -n 60 "$log" >&2; die "'$*' failed; all of its output: $log"; }
 }
 
-installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }
+installed() { [ "$(dpkg-query -W -f='${Status}' "$1" 2>/dev/null)" = "install ok installed" ]; }
+offered() { [ -n "$(apt-cache policy "$1" 2>/dev/null | sed -n '/Candidate: [^(]/p')" ]; }
 
 # missing_packages ENTRY...: what of them is to be installed. An entry is a package or alternatives, "clang-16|clang": the
 # first that this release has. One that ends in "|" is for releases that have it.
@@ -33,7 +34,7 @@ missing_packages() {
     name=${names[0]}
     if [ "$name" != "$entry" ] && ! installed "$name"; then
       for name in "${names[@]}" ""; do
-        [ -z "$name" ] || ! apt-cache policy "$name" 2>/dev/null | grep -q 'Candidate: [^(]' || break
+        [ -z "$name" ] || ! offered "$name" || break
       done
       [ -n "$name" ] || case $entry in *'|') continue ;; *) name=${names[0]} ;; esac
     fi
@@ -44,9 +45,10 @@ missing_packages() {
 # install_packages ENTRY...: those that are missing. True when there were any.
 install_packages() {
   local missing
-  [ -n "$(missing_packages "$@")" ] || return 1
+  missing=$(missing_packages "$@")
+  [ -n "$missing" ] || return 1
   quietly apt-update as_root apt-get update
-  missing=$(missing_packages "$@")  # the new lists may offer another alternative
+  missing=$(missing_packages "$@") # the new lists may offer another alternative
   say "installing: $missing"
   # shellcheck disable=SC2086
   quietly apt-install as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing

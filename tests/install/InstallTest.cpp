@@ -72,7 +72,7 @@ class Installation : public ::testing::Test {
     if (way == "cmake") {
       Write(folder / "CMakeLists.txt",
             "cmake_minimum_required(VERSION 3.25)\nproject(program CXX)\n" + project_);
-      EXPECT_TRUE(Runs(folder, CMAKE_PROGRAM " . -DCMAKE_PREFIX_PATH=" + kPrefix.string() +
+      EXPECT_TRUE(Runs(folder, CMAKE_PROGRAM " -G Ninja . -DCMAKE_PREFIX_PATH=" + kPrefix.string() +
                                    " && " CMAKE_PROGRAM " --build ."));
     } else {
       EXPECT_TRUE(Runs(folder, one_line_));
