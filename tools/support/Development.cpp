@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <cctype>
-
 #include "imaging/COrvaneImageImpl24.h"
 #include "imaging/COrvaneImageImpl32.h"
 #include "property/CZELDevicePropertyImpl.h"
@@ -118,10 +116,8 @@ SettingLimits LimitsOf(const DevelopSetting& setting) {
 }
 
 std::string TextOf(const DevelopSetting& setting) {
-  std::string text =
-      *setting.property == 0 ? "rows were read out from both ends" : FindProperty(setting.property).text;
-  text[0] = static_cast<char>(std::toupper(text[0]));
-  return text;
+  if (*setting.property == 0) return "rows were read out from both ends";
+  return fmt::format("{}: {}", setting.property, FindProperty(setting.property).text);
 }
 
 std::string DevelopRequest::FrameText() const {

@@ -28,7 +28,7 @@ struct SettingLimits {
 
 /// What a camera accepts: the range that its property has on every type.
 SettingLimits LimitsOf(const DevelopSetting& setting);
-/// What it means.
+/// The camera's name for it and what it means.
 std::string TextOf(const DevelopSetting& setting);
 
 /// How one raw frame becomes a picture.
