@@ -167,15 +167,14 @@ TEST_F(Drive, InUseIsKnownByItsNumberAndThoseOfItsPartitions) {
         "31 24 8:33 / /one rw shared:1 master:2 - ext4 /dev/sdc1 rw\n"
         "32 24 8:33 /sub /two rw - ext4 /dev/sdc1 rw\n"
         "33 24 0:50 / /other rw - btrfs /dev/none rw\n"
-        "24 1 8:49 / / rw - ext4 /dev/sdd1 rw\n");
+        "24 1 253:0 / / rw - ext4 /dev/mapper/root rw\n");
   Write("devices/8:32/sdc1/dev", "8:33\n");
   Write("devices/8:32/sdc1/partition", "1\n");
   Write("devices/8:32/queue/dev", "8:16\n");
   Write("devices/8:48/sdd1/dev", "8:49\n");
   Write("devices/8:48/sdd1/partition", "1\n");
+  Write("devices/8:48/sdd1/holders/dm-0/dev", "253:0\n");
   Write("devices/8:64/holders/md0/dev", "9:0\n");
-  Write("devices/8:80/sdf2/holders/dm-0/dev", "253:0\n");
-  Write("devices/8:80/sdf2/partition", "2\n");
   const SystemTables tables{folder_ / "mounts", folder_ / "devices"};
   struct Row {
     unsigned minor;
@@ -188,9 +187,8 @@ TEST_F(Drive, InUseIsKnownByItsNumberAndThoseOfItsPartitions) {
            Row{16, {"is mounted at /media/my disk"}},
            Row{32, {"is mounted at /one"}},
            Row{33, {"is mounted at /one"}},
-           Row{48, {"is mounted at /"}, true},
+           Row{48, {"is mounted at /", "is in use by dm-0"}, true},
            Row{64, {"is in use by md0"}},
-           Row{80, {"is in use by dm-0"}},
        }) {
     DriveContents contents;
     AddUses(makedev(8, minor), tables, &contents);

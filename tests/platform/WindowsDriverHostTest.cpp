@@ -81,6 +81,20 @@ TEST_F(WindowsDriverHost, NothingIsWrittenToAMountedVolume) {
   }
 }
 
+TEST_F(WindowsDriverHost, GuardsDrivesAndOnlyThem) {
+  wchar_t folder[MAX_PATH] = L"";
+  GetSystemWindowsDirectoryW(folder, MAX_PATH);
+  // Neither right nor bytes to write: what a broken guard lets through changes nothing.
+  const auto drive = Open(
+      {std::u16string(u"\\\\.\\") + static_cast<char16_t>(folder[0]) + u':', 0, kShareRead | kShareWrite, 0});
+  ASSERT_NE(drive, nullptr) << DriverErrorText(error_);
+  EXPECT_EQ(drive->Write({}).error, DriverError::WriteProtect);
+  EXPECT_TRUE(drive->WriteRefusal().ends_with(" is part of the running system: nothing is written to it"))
+      << drive->WriteRefusal();
+  const auto file = Open({path_, kReadWrite, 0, 0});
+  EXPECT_TRUE(file->Write({}).ok);
+}
+
 TEST_F(WindowsDriverHost, OverlappedControlIsUnderWayUntilTheDriverIsDone) {
   // "Wait for a client" of a pipe's server side stays under way for as long as the test likes.
   constexpr std::uint32_t kPipeListen = 0x110008;

@@ -21,7 +21,10 @@ std::string NumberText(dev_t device) {
 /// "8:17" of the block device that a path names; empty when it names none.
 std::string NumberOf(const std::string& path) {
   struct stat about;
-  return stat(path.c_str(), &about) == 0 && S_ISBLK(about.st_mode) ? NumberText(about.st_rdev) : "";
+  // Only there, as a look at a server that is gone may wait for ever.
+  return path.starts_with("/dev/") && stat(path.c_str(), &about) == 0 && S_ISBLK(about.st_mode)
+             ? NumberText(about.st_rdev)
+             : "";
 }
 
 /// The kernel writes blanks and the like in paths as a backslash and three octal digits.
@@ -37,25 +40,24 @@ std::string Unescaped(const std::string& text) {
   return plain;
 }
 
-/// A disk and its partitions.
+/// A device, its partitions, and what the system has built upon them: volume groups, RAID, decrypted volumes.
 struct Devices {
   std::vector<std::string> numbers;
-  std::vector<fs::path> folders;
+  std::vector<std::string> builtUpon;
 
   bool Have(const std::string& number) const { return std::ranges::find(numbers, number) != numbers.end(); }
 };
 
-Devices DiskAndPartitions(dev_t device, const fs::path& allDevices) {
-  Devices devices{{NumberText(device)}, {allDevices / NumberText(device)}};
+void Collect(const fs::path& device, Devices* devices) {
+  std::string number;
+  if (std::ifstream file(device / "dev"); std::getline(file, number)) devices->numbers.push_back(number);
   std::error_code none;
-  for (const auto& entry : fs::directory_iterator(devices.folders.front(), none)) {
-    std::string number;
-    if (!fs::exists(entry.path() / "partition", none)) continue;
-    if (std::ifstream file(entry.path() / "dev"); std::getline(file, number))
-      devices.numbers.push_back(number);
-    devices.folders.push_back(entry.path());
+  for (const auto& entry : fs::directory_iterator(device, none))
+    if (fs::exists(entry.path() / "partition", none)) Collect(entry, devices);
+  for (const auto& holder : fs::directory_iterator(device / "holders", none)) {
+    devices->builtUpon.push_back(holder.path().filename().string());
+    Collect(holder, devices);
   }
-  return devices;
 }
 
 void AddMounts(const Devices& devices, const std::string& table, DriveContents* contents) {
@@ -76,20 +78,13 @@ void AddMounts(const Devices& devices, const std::string& table, DriveContents* 
   }
 }
 
-void AddHolders(const Devices& devices, DriveContents* contents) {
-  std::error_code none;
-  for (const fs::path& folder : devices.folders) {
-    for (const auto& holder : fs::directory_iterator(folder / "holders", none))
-      contents->signs.push_back("is in use by " + holder.path().filename().string());
-  }
-}
-
 }  // namespace
 
 void AddUses(dev_t device, const SystemTables& tables, DriveContents* contents) {
-  const Devices devices = DiskAndPartitions(device, tables.devices);
+  Devices devices{{NumberText(device)}, {}};
+  Collect(fs::path(tables.devices) / NumberText(device), &devices);
   AddMounts(devices, tables.mounts, contents);
-  AddHolders(devices, contents);
+  for (const std::string& name : devices.builtUpon) contents->signs.push_back("is in use by " + name);
 }
 
 }  // namespace zel
