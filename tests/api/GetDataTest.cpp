@@ -68,12 +68,10 @@ class FlatCamera : public zel::FakeCamera {
   FlatCamera() {
     store.SetColorCorrection(0);
     onRead = [this](unsigned char* buffer) {
-      permits.Acquire();
-      if (aborted.Wait(0)) return LONG{0};
-      std::memset(buffer, static_cast<int>(++frames), kFrameBytes);
-      return LONG{1};
+      const LONG result = PermittedFrame(buffer);
+      if (result != 0) std::memset(buffer, static_cast<int>(frames), kFrameBytes);
+      return result;
     };
-    onAbort = [this] { permits.Release(); };
   }
   ~FlatCamera() override { Shutdown(); }
 
@@ -82,7 +80,6 @@ class FlatCamera : public zel::FakeCamera {
     return FakeCamera::GetImage();
   }
 
-  Semaphore permits{0, 1000};
   std::atomic<int> imagesLent = 0;  ///< without keeping the capture that owns them
 };
 
@@ -90,7 +87,6 @@ class GetData : public testing::Test {
  protected:
   void Play(LONG mode, LONG format = 0) {
     camera.SetBufferSamples(mode);
-    device.aborted.Reset();
     settings->SetOutputFormat(format);
     camera.OpenCamera(0, nullptr);
     ASSERT_EQ(camera.Play(nullptr), S_OK);

@@ -112,6 +112,8 @@ TEST(DeviceImage, ClassFollowsTheOutputFormat) {
     FakeCamera camera;
     camera.SetBufferSamples(kDeliverQueue);
     camera.store.SetOutputFormat(format);
+    camera.onRead = [&](unsigned char* buffer) { return camera.PermittedFrame(buffer); };
+    camera.permits.Release();
     camera.OpenCamera(0);
     camera.Play();
     EXPECT_EQ(camera.GetImage()->GetStride(), stride);

@@ -41,18 +41,16 @@ class Log : public CZELObserver {
   std::vector<std::string> lines_;
 };
 
-/// A frame for each permit; without one reads fail after a moment.
 class PermittedCamera : public FakeCamera {
  public:
   PermittedCamera() {
-    onRead = [this](unsigned char* buffer) { return permits.Acquire(2) ? NextFrame(buffer) : LONG{0}; };
+    onRead = [this](unsigned char* buffer) { return PermittedFrame(buffer); };
   }
   ~PermittedCamera() override { Shutdown(); }
   void ProcessFrame(unsigned char* raw) override {
     if (generic) return CZELDeviceImpl::ProcessFrame(raw);
     DeliverFrame(raw, 0, frameEvent);
   }
-  Semaphore permits{0, 1000};
   LONG frameEvent = kEventFrameProcessed;
   bool generic = false;  ///< what a device does that has no way of its own
 };

@@ -39,18 +39,14 @@ TEST(CaptureEngine, QueueModeHandsOverAndTimesOut) {
   FakeCamera camera;
   camera.SetObserver(&listener);
   camera.SetBufferSamples(kDeliverQueue);
-  Semaphore permits(0, 1);
-  camera.onRead = [&](unsigned char* buffer) {
-    permits.Acquire();
-    return camera.aborted.Wait(0) ? LONG{0} : camera.NextFrame(buffer);
-  };
+  camera.onRead = [&](unsigned char* buffer) { return camera.PermittedFrame(buffer); };
   camera.OpenCamera(0);
   unsigned char pixels[kFrameBytes];
   EXPECT_EQ(camera.GetData(pixels, 0x2000), kResultTimeout);  // not capturing: at once
   ASSERT_EQ(camera.Play(), 1);
   camera.SetBufferSamples(kDeliverOnDemand);  // for the next capture
   for (std::uint32_t n = 1; n <= 3; ++n) {
-    permits.Release();
+    camera.permits.Release();
     ASSERT_EQ(camera.GetData(pixels, 0x2000), S_OK);
     EXPECT_EQ(FrameNumber(pixels), n);
   }
@@ -59,7 +55,6 @@ TEST(CaptureEngine, QueueModeHandsOverAndTimesOut) {
   EXPECT_EQ(camera.Statistics().framesDelivered, 3u);
   // One that waits without limit ends with the capture.
   camera.store.SetTimeout(-1);
-  camera.onAbort = [&] { permits.Release(); };
   HRESULT result = S_OK;
   Event waiting;
   Worker client([&] {

@@ -67,6 +67,7 @@ class FakeCamera : public CZELDeviceImpl {
   }
   LONG CloseDevice(LONG) override { return ++closes; }
   LONG PrepareCapture() override {
+    first_ = nullptr;
     store.ApplyColorMatrix();
     ApplyFrameGeometry();
     return AllocateRawBuffers(rawBytes);
@@ -99,6 +100,14 @@ class FakeCamera : public CZELDeviceImpl {
     return 1;
   }
 
+  /// A frame for each of `permits`; without one the read fails after a moment. Fills the first buffer only,
+  /// so that no frame is lost to a newer one.
+  LONG PermittedFrame(unsigned char* buffer) {
+    if (first_ == nullptr) first_ = buffer;
+    return buffer == first_ && permits.Acquire(2) ? NextFrame(buffer) : 0;
+  }
+  Semaphore permits{0, 1000};
+
   using CZELDeviceImpl::geometry_;
   FakeStore store;
   std::function<LONG(unsigned char*)> onRead = [this](unsigned char* buffer) { return NextFrame(buffer); };
@@ -109,6 +118,9 @@ class FakeCamera : public CZELDeviceImpl {
   Event aborted;
   std::atomic<int> readers = 0, mostReaders = 0, triggeredReads = 0;
   std::atomic<std::uint32_t> frames = 0;
+
+ private:
+  const unsigned char* first_ = nullptr;
 };
 
 /// Notes states and frame numbers, and runs `onFrame` inside the notification.
