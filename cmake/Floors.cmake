@@ -10,6 +10,9 @@ endif()
 if(WIN32)
   # 0x0A00: Windows 10. Everything is linked statically, so that a product needs only the system's DLLs.
   target_compile_definitions(zel_flags INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0A00 NOMINMAX)
+  # MinGW's GCC takes its own copy of an inline function for the one that the linker will choose, and keeps values in
+  # registers that the other copy changes.
+  target_compile_options(zel_flags INTERFACE -fno-ipa-ra)
   target_link_options(zel_flags INTERFACE -static)
 endif()
 
