@@ -39,8 +39,9 @@ class FastTime : public PassingDriverHost {
   using PassingDriverHost::PassingDriverHost;
   void Sleep(std::uint32_t milliseconds) override {
     PassingDriverHost::Sleep(milliseconds);
-    // Short ones would take the system's timer far longer than they ask for.
-    if (milliseconds < 50) return std::this_thread::yield();
+    // Short ones would take the system's timer far longer than they ask for, and a busy machine to give them
+    // back.
+    if (milliseconds < 50) return;
     if (milliseconds >= 1000) std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds / 1000));
   }
   void ShowMessage(std::u16string_view) override {}
