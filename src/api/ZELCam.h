@@ -15,8 +15,8 @@
 ///
 /// Threads. An object is to be used from one thread. Sinks (`IZELGrabberCB`, `IZELGrabberCBNet`) are called
 /// on the thread that changed the camera's state or, for frames, on a worker of the library; they must be
-/// safe for that, return quickly, and may call back into the library. The picture behind `lBits` is valid
-/// during the call only.
+/// safe for that, return quickly, and may call back into the library: which calls inside which event,
+/// ZELCam.idl says. The picture behind `lBits` is valid during the call only.
 ///
 /// Simulated cameras: when the environment variable ZELCAM_SIM lists camera types ("13,78@2"), the library
 /// shows virtual cameras instead of the connected ones. It is read once, by the first call into the library.

@@ -25,9 +25,9 @@ enum DeliveryMode : LONG {
   kDeliverOnDemand = 2,  ///< each `GetData` reads and processes one frame; no worker threads
 };
 
-/// One camera. Operations return 1 for success and 0 for failure unless noted. `OpenCamera`, `Play`, `Pause`
-/// and `Stop` belong to one application thread (`Stop` may also be called from an observer); the rest may be
-/// called from any thread.
+/// One camera. Operations return 1 for success and 0 for failure unless noted, and may be called from any
+/// thread; `OpenCamera`, `Play`, `Pause` and `Stop` exclude each other. `CZELDeviceImpl` says what an
+/// observer may call.
 class CZELDevice {
  public:
   virtual LONG IsSataCamera() = 0;
