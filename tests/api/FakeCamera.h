@@ -119,4 +119,13 @@ class ArrayVariant {
   VARIANT variant;
 };
 
+/// A variant that is nothing but a type and an address.
+inline VARIANT Plain(VARTYPE type, void* address) {
+  VARIANT variant;
+  VariantInit(&variant);
+  variant.vt = type;
+  variant.byref = address;
+  return variant;
+}
+
 }  // namespace zel::test

@@ -54,14 +54,6 @@ class GuardedArray {
   SAFEARRAY array_{};
 };
 
-VARIANT Plain(VARTYPE type, void* address) {
-  VARIANT variant;
-  VariantInit(&variant);
-  variant.vt = type;
-  variant.byref = address;
-  return variant;
-}
-
 /// A camera of flat pictures 1, 2, 3, ..., one for each permit.
 class FlatCamera : public zel::FakeCamera {
  public:

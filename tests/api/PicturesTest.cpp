@@ -16,14 +16,6 @@
 namespace zel::test {
 namespace {
 
-VARIANT Plain(VARTYPE type, void* address) {
-  VARIANT variant;
-  VariantInit(&variant);
-  variant.vt = type;
-  variant.byref = address;
-  return variant;
-}
-
 class SaveImage : public testing::Test {
  protected:
   HRESULT Save(const VARIANT& bits, LONG width, LONG height, LONG bitCount, LONG stride, bool named = true,
